@@ -1,0 +1,124 @@
+#include "cli/Comando.h"
+
+#include <sstream>
+
+#include "platform/Ajustes.h"
+#include "platform/Numeros.h"
+#include "session/Funciones.h"
+#include "store/EsquemaEmpresa.h"
+
+namespace velmorant::cli {
+
+std::optional<std::string> Argumentos::valor(const std::string& opcion) const {
+    auto it = valores_.find(opcion);
+    if (it == valores_.end() || it->second.empty()) return std::nullopt;
+    return it->second.back();
+}
+
+std::vector<std::string> Argumentos::valores(const std::string& opcion) const {
+    auto it = valores_.find(opcion);
+    return it == valores_.end() ? std::vector<std::string>{} : it->second;
+}
+
+std::string Argumentos::requerido(const std::string& opcion) const {
+    auto v = valor(opcion);
+    if (!v || v->empty()) throw ErrorUso("falta la opción --" + opcion);
+    return *v;
+}
+
+std::vector<FabricaComando>& RegistroComandos() {
+    static std::vector<FabricaComando> registro;
+    return registro;
+}
+
+std::string Comando::ayuda() const {
+    std::ostringstream o;
+    o << "Uso: velmorant-cli [opciones globales] " << nombre();
+    for (auto& a : argumentos()) o << " " << a;
+    if (!opciones().empty()) o << " [opciones]";
+    o << "\n\n" << descripcion() << "\n";
+    if (!opciones().empty()) {
+        o << "\nOpciones:\n";
+        for (auto& op : opciones()) {
+            std::string izquierda = "  --" + op.nombre + (op.valor.empty() ? "" : " " + op.valor);
+            if (izquierda.size() < 30) izquierda += std::string(30 - izquierda.size(), ' ');
+            o << izquierda << " " << op.descripcion << (op.repetible ? " (repetible)" : "") << "\n";
+        }
+    }
+    o << "  --help                       esta ayuda\n";
+    return o.str();
+}
+
+Argumentos Comando::analiza(const std::vector<std::string>& argv) const {
+    Argumentos r;
+    auto ops = opciones();
+    for (size_t i = 0; i < argv.size(); ++i) {
+        const std::string& a = argv[i];
+        if (a.rfind("--", 0) != 0 || a == "--") {
+            r.agregaPosicional(a);
+            continue;
+        }
+        std::string nombre = a.substr(2), valor;
+        bool conIgual = false;
+        if (auto p = nombre.find('='); p != std::string::npos) {
+            valor = nombre.substr(p + 1);
+            nombre = nombre.substr(0, p);
+            conIgual = true;
+        }
+        const Opcion* op = nullptr;
+        for (auto& o : ops)
+            if (o.nombre == nombre) op = &o;
+        if (!op) throw ErrorUso("opción desconocida: --" + nombre);
+        if (op->valor.empty()) {
+            if (conIgual) throw ErrorUso("la opción --" + nombre + " no lleva valor");
+            r.agrega(nombre, "");
+            continue;
+        }
+        if (!conIgual) {
+            if (i + 1 >= argv.size()) throw ErrorUso("la opción --" + nombre + " necesita " + op->valor);
+            valor = argv[++i];
+        }
+        if (r.tiene(nombre) && !op->repetible) throw ErrorUso("la opción --" + nombre + " se indicó dos veces");
+        r.agrega(nombre, valor);
+    }
+    if (r.posicionales().size() != argumentos().size()) {
+        std::string esperado;
+        for (auto& a : argumentos()) esperado += " " + a;
+        throw ErrorUso("'" + nombre() + "' espera" + (esperado.empty() ? " ningún argumento" : esperado));
+    }
+    return r;
+}
+
+void IniciaSesionCli(Sesion& s, Contexto& ctx) {
+    s.interaccion = &ctx.interaccion;
+    IniciaSesion(s, ctx.inicio);
+}
+
+std::string BaseRequerida(Contexto& ctx) {
+    std::string base = ctx.inicio.base ? *ctx.inicio.base
+                                       : LeeAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "RutaAcceso");
+    if (base.empty()) throw Rehusado("No se indicó la base: use --base DIR o abra una empresa con 'empresa abrir'.");
+    base = ConSeparadorFinal(base);
+    if (!ExisteArchivo(RutaBaseDatos(base, kArchivoEmpresas)))
+        throw Rehusado("La carpeta " + base + " no contiene la base " + kArchivoEmpresas + kExtensionBase +
+                       "; créela con 'velmorant-cli base crear'.");
+    return base;
+}
+
+int EnteroDeOpcion(const std::string& texto, const std::string& opcion, int minimo, int maximo) {
+    auto v = ValorNumerico(texto);
+    if (!v || *v != static_cast<long long>(*v) || *v < minimo || *v > maximo)
+        throw ErrorUso("--" + opcion + ": '" + texto + "' no es un número de " + std::to_string(minimo) + " a " +
+                       std::to_string(maximo));
+    return static_cast<int>(*v);
+}
+
+std::vector<int> ListaDeEnteros(const std::string& texto, const std::string& opcion, int minimo, int maximo) {
+    std::vector<int> r;
+    std::string pieza;
+    std::istringstream in(texto);
+    while (std::getline(in, pieza, ',')) r.push_back(EnteroDeOpcion(pieza, opcion, minimo, maximo));
+    return r;
+}
+
+}  // namespace velmorant::cli

@@ -1,0 +1,41 @@
+#pragma once
+// The command line's answer to the core's questions: messages go to stderr
+// (information to stdout); questions and file choices are asked on the
+// terminal when there is one, and otherwise answered from flags or refused.
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "session/Interaccion.h"
+
+namespace velmorant::cli {
+
+class InteraccionTerminal : public Interaccion {
+public:
+    InteraccionTerminal(std::ostream& salida, std::ostream& errores);
+
+    bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) override;
+    std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
+    DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+
+    /// The answer to every question when no terminal is attached.
+    void respuestaPreguntas(std::optional<bool> r) { respuesta_ = r; }
+    void decisionInconsistencias(std::optional<DecisionInconsistencias> d) { decision_ = d; }
+    bool hayTerminal() const;
+    /// The last critical or warning text shown, for the closing status line.
+    const std::string& ultimoMensaje() const { return ultimo_; }
+
+private:
+    std::ostream& salida_;
+    std::ostream& errores_;
+    std::optional<bool> respuesta_;
+    std::optional<DecisionInconsistencias> decision_;
+    std::string ultimo_;
+    std::string leeLinea(const std::string& indicacion);
+};
+
+/// CR LF and lone CR turned into the terminal's line ends, trailing ones cut.
+std::string TextoParaTerminal(const std::string& texto);
+
+}  // namespace velmorant::cli

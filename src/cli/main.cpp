@@ -1,0 +1,119 @@
+// velmorant-cli: the core, headless, for automation and support.
+
+#include <QCoreApplication>
+
+#include <iostream>
+#include <memory>
+
+#include "cli/Comando.h"
+#include "platform/BaseDatos.h"
+#include "session/Inicio.h"
+#include "session/ProgramaTerminado.h"
+
+using namespace velmorant;
+using namespace velmorant::cli;
+
+namespace {
+
+void AyudaGeneral(std::ostream& o) {
+    o << "velmorant-cli " << VersionDelPrograma()
+      << ": importación de información contable a la base de la empresa.\n\n"
+         "Uso: velmorant-cli [--base DIR] [--empresa NOMBRE_CORTO] [--ejercicio AAAA] COMANDO ...\n\n"
+         "Opciones globales (sustituyen a los ajustes que deja el producto de auditoría):\n"
+         "  --base DIR                carpeta de la base (Empresas y catálogo de enlaces)\n"
+         "  --empresa NOMBRE_CORTO    empresa\n"
+         "  --ejercicio AAAA          ejercicio\n\n"
+         "Comandos:\n";
+    for (auto& f : RegistroComandos()) {
+        auto c = f();
+        std::string n = "  " + c->nombre();
+        if (n.size() < 28) n += std::string(28 - n.size(), ' ');
+        o << n << c->descripcion().substr(0, c->descripcion().find('\n')) << "\n";
+    }
+    o << "\nSalida: 0 hecho, 1 rehusado o cancelado, 2 uso incorrecto, 3 el programa terminó.\n"
+         "'velmorant-cli COMANDO --help' describe cada comando.\n";
+}
+
+// The command whose words start `resto`, the longest match first.
+std::unique_ptr<Comando> BuscaComando(std::vector<std::string>& resto) {
+    std::unique_ptr<Comando> mejor;
+    size_t palabrasMejor = 0;
+    for (auto& f : RegistroComandos()) {
+        auto c = f();
+        std::vector<std::string> palabras;
+        std::string n = c->nombre();
+        for (size_t a = 0, b; a <= n.size(); a = b + 1) {
+            b = n.find(' ', a);
+            if (b == std::string::npos) b = n.size();
+            palabras.push_back(n.substr(a, b - a));
+        }
+        if (palabras.size() > resto.size() || palabras.size() <= palabrasMejor) continue;
+        if (std::equal(palabras.begin(), palabras.end(), resto.begin())) {
+            mejor = std::move(c);
+            palabrasMejor = palabras.size();
+        }
+    }
+    if (mejor) resto.erase(resto.begin(), resto.begin() + static_cast<long>(palabrasMejor));
+    return mejor;
+}
+
+int Ejecuta(std::vector<std::string> args) {
+    InteraccionTerminal interaccion(std::cout, std::cerr);
+    Contexto ctx{{}, std::cout, std::cerr, interaccion};
+    while (!args.empty() && args.front().rfind("--", 0) == 0) {
+        std::string op = args.front();
+        if (op == "--help" || op == "-h") {
+            AyudaGeneral(std::cout);
+            return kHecho;
+        }
+        if (args.size() < 2) throw ErrorUso("la opción " + op + " necesita un valor");
+        std::string valor = args[1];
+        if (op == "--base") ctx.inicio.base = valor;
+        else if (op == "--empresa") ctx.inicio.empresa = valor;
+        else if (op == "--ejercicio") ctx.inicio.ejercicio = valor;
+        else throw ErrorUso("opción global desconocida: " + op);
+        args.erase(args.begin(), args.begin() + 2);
+    }
+    if (args.empty()) {
+        AyudaGeneral(std::cerr);
+        return kUsoIncorrecto;
+    }
+    auto comando = BuscaComando(args);
+    if (!comando) throw ErrorUso("comando desconocido: " + args.front());
+    for (auto& a : args)
+        if (a == "--help" || a == "-h") {
+            std::cout << comando->ayuda();
+            return kHecho;
+        }
+    try {
+        return comando->ejecuta(comando->analiza(args), ctx);
+    } catch (const ErrorUso& e) {
+        std::cerr << "velmorant-cli: " << e.what() << "\n\n" << comando->ayuda();
+        return kUsoIncorrecto;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    std::vector<std::string> args(argv + 1, argv + argc);
+    try {
+        return Ejecuta(args);
+    } catch (const ErrorUso& e) {
+        std::cerr << "velmorant-cli: " << e.what() << "\n'velmorant-cli --help' lista los comandos.\n";
+        return kUsoIncorrecto;
+    } catch (const Rehusado& e) {
+        std::cerr << "velmorant-cli: " << e.what() << "\n";
+        return kRehusado;
+    } catch (const ProgramaTerminado& e) {
+        std::cerr << "velmorant-cli: el programa terminó: " << e.what() << "\n";
+        return kProgramaTerminado;
+    } catch (const ErrorBaseDatos& e) {
+        std::cerr << "velmorant-cli: error de la base de datos: " << e.what() << "\n";
+        return kProgramaTerminado;
+    } catch (const std::exception& e) {
+        std::cerr << "velmorant-cli: " << e.what() << "\n";
+        return kProgramaTerminado;
+    }
+}

@@ -1,0 +1,238 @@
+#pragma once
+// A small RAII layer over the SQLite C API, offering the three forms of
+// access the system relies on:
+//   - statement access: ejecuta("UPDATE ...", args...);
+//   - query access: a Consulta (recordset) with count, first/last/next/EOF
+//     and fields by name or position;
+//   - table access by a named index: a Tabla with busca() on one or two
+//     values, and agrega/edita/fija/actualiza.
+// Every value reaches SQL as a bound parameter. Engine errors throw
+// ErrorBaseDatos carrying SQLite's message and the SQL text.
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/Valor.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace velmorant {
+
+/// The default extension of every store of this engine.
+inline constexpr const char* kExtensionBase = ".sqlite";
+
+class ErrorBaseDatos : public std::runtime_error {
+public:
+    ErrorBaseDatos(int codigo, const std::string& mensaje, std::string sql);
+    int codigo() const { return codigo_; }
+    const std::string& sql() const { return sql_; }
+    const std::string& mensajeMotor() const { return mensaje_; }
+
+private:
+    int codigo_;
+    std::string mensaje_;
+    std::string sql_;
+};
+
+class BaseDatos;
+
+/// A prepared statement. Binds are positional, from 1, or given all at once
+/// with con(...), which resets the statement first.
+class Sentencia {
+public:
+    Sentencia(sqlite3* db, const std::string& sql);
+    ~Sentencia();
+    Sentencia(Sentencia&&) noexcept;
+    Sentencia& operator=(Sentencia&&) = delete;
+    Sentencia(const Sentencia&) = delete;
+
+    Sentencia& reinicia();
+    Sentencia& liga(int indice, const Valor& v);
+    template <class... A>
+    Sentencia& con(const A&... args) {
+        reinicia();
+        int i = 1;
+        (liga(i++, Valor(args)), ...);
+        return *this;
+    }
+
+    /// Steps once; true while a row is available.
+    bool paso();
+    /// Steps to the end; returns the rows changed.
+    int ejecuta();
+
+    int columnas() const;
+    std::string nombreColumna(int i) const;
+    Valor columna(int i) const;
+    /// Index of a result column by name (case-insensitive); -1 if absent.
+    int indiceColumna(std::string_view nombre) const;
+    const std::string& sql() const { return sql_; }
+
+private:
+    sqlite3* db_;
+    sqlite3_stmt* st_ = nullptr;
+    std::string sql_;
+    void verifica(int rc) const;
+};
+
+/// A recordset, read whole when opened: record count, first/last/next, EOF
+/// and fields by name or position, as the pipeline's loops expect.
+class Consulta {
+public:
+    Consulta() = default;
+    explicit Consulta(Sentencia& s);
+
+    size_t cuentaRegistros() const { return filas_.size(); }
+    bool eof() const { return pos_ >= filas_.size(); }
+    bool vacia() const { return filas_.empty(); }
+    void primero() { pos_ = 0; }
+    void ultimo() { pos_ = filas_.empty() ? 0 : filas_.size() - 1; }
+    void siguiente() { ++pos_; }
+    size_t posicion() const { return pos_; }
+    void mueveA(size_t pos) { pos_ = pos; }
+
+    int numCampos() const { return static_cast<int>(nombres_.size()); }
+    const std::string& nombreCampo(int i) const { return nombres_.at(static_cast<size_t>(i)); }
+    const Valor& campo(int i) const;
+    const Valor& campo(std::string_view nombre) const;
+    const Valor& operator[](std::string_view nombre) const { return campo(nombre); }
+
+private:
+    std::vector<std::string> nombres_;
+    std::vector<std::vector<Valor>> filas_;
+    size_t pos_ = 0;
+    int indice(std::string_view nombre) const;
+};
+
+/// Table access in the order of a named index, with seek on one or two values
+/// and add/edit/update of the current record.
+class Tabla {
+public:
+    Tabla(BaseDatos& db, std::string nombre);
+
+    /// Selects the index by name; its columns are read from the schema.
+    void indice(const std::string& nombreIndice);
+    /// Seeks "=" on the index's first one or two columns; the matching rows
+    /// become the cursor in index order. Returns true when something matched.
+    bool busca(const Valor& v1);
+    bool busca(const Valor& v1, const Valor& v2);
+    bool sinCoincidencia() const { return filas_.empty(); }
+    bool eof() const { return pos_ >= filas_.size(); }
+    void siguiente() { ++pos_; }
+
+    const Valor& campo(std::string_view nombre) const;
+
+    /// Starts a new record; fija() sets its fields; actualiza() inserts it.
+    void agrega();
+    /// Starts editing the current record; actualiza() writes the changes.
+    void edita();
+    void fija(std::string_view campo, const Valor& v);
+    void actualiza();
+
+private:
+    BaseDatos& db_;
+    std::string nombre_;
+    std::vector<std::string> columnas_;  // all columns of the table, in order
+    std::vector<std::string> columnasIndice_;
+    std::vector<std::int64_t> filasId_;
+    std::vector<std::vector<Valor>> filas_;
+    size_t pos_ = 0;
+    enum class Modo { Ninguno, Agregando, Editando } modo_ = Modo::Ninguno;
+    std::map<std::string, Valor> cambios_;
+    bool buscaCon(const std::vector<Valor>& valores);
+    int columna(std::string_view nombre) const;
+};
+
+class Transaccion;
+
+class BaseDatos {
+public:
+    enum class Modo { Existente, Crear, SoloLectura };
+
+    /// Opens (or creates, with Modo::Crear) a store. A missing file in
+    /// Existente mode, a corrupt file or a locked one throws ErrorBaseDatos.
+    explicit BaseDatos(const std::filesystem::path& ruta, Modo modo = Modo::Existente);
+    /// An in-memory database.
+    BaseDatos();
+    ~BaseDatos();
+    BaseDatos(const BaseDatos&) = delete;
+    BaseDatos& operator=(const BaseDatos&) = delete;
+
+    /// Runs one or more statements with no parameters.
+    void ejecutaScript(const std::string& sql);
+    /// Runs one statement with bound parameters; returns the rows changed.
+    template <class... A>
+    int ejecuta(const std::string& sql, const A&... args) {
+        return preparada(sql).con(args...).ejecuta();
+    }
+    /// A query with bound parameters, read into a recordset.
+    template <class... A>
+    Consulta consulta(const std::string& sql, const A&... args) {
+        Sentencia& s = preparada(sql);
+        s.con(args...);
+        return Consulta(s);
+    }
+    /// The first column of the first row, Null if there is none.
+    template <class... A>
+    Valor escalar(const std::string& sql, const A&... args) {
+        Sentencia& s = preparada(sql);
+        s.con(args...);
+        Valor v = s.paso() ? s.columna(0) : Valor();
+        s.reinicia();
+        return v;
+    }
+
+    /// A statement compiled once per connection and kept: per-row look-ups
+    /// use this so that a loop never recompiles its SQL.
+    Sentencia& preparada(const std::string& sql);
+    /// A statement owned by the caller.
+    Sentencia prepara(const std::string& sql);
+
+    void adjunta(const std::filesystem::path& ruta, const std::string& alias);
+    void separa(const std::string& alias);
+
+    bool enTransaccion() const;
+    std::int64_t ultimoId() const;
+    int cambios() const;
+
+    bool existeTabla(const std::string& tabla);
+    /// Column names of a table, in order (schema may be "main" or an alias).
+    std::vector<std::string> columnas(const std::string& tabla, const std::string& esquema = "main");
+
+    const std::filesystem::path& ruta() const { return ruta_; }
+    sqlite3* nativo() { return db_; }
+    /// Drops every cached statement (needed before detaching a database).
+    void olvidaPreparadas();
+
+private:
+    sqlite3* db_ = nullptr;
+    std::filesystem::path ruta_;
+    std::unordered_map<std::string, std::unique_ptr<Sentencia>> cache_;
+    void configura();
+};
+
+/// A transaction as a scoped object: rolled back unless confirma() is called.
+/// Nested scopes become savepoints.
+class Transaccion {
+public:
+    explicit Transaccion(BaseDatos& db);
+    ~Transaccion();
+    Transaccion(const Transaccion&) = delete;
+    Transaccion& operator=(const Transaccion&) = delete;
+    void confirma();
+    void deshace();
+
+private:
+    BaseDatos& db_;
+    std::string punto_;  // savepoint name when nested, empty otherwise
+    bool abierta_ = true;
+};
+
+}  // namespace velmorant

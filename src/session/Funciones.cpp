@@ -1,0 +1,232 @@
+#include "session/Funciones.h"
+
+#include <cctype>
+#include <filesystem>
+#include <system_error>
+
+#include "platform/Numeros.h"
+
+namespace velmorant {
+
+namespace fs = std::filesystem;
+
+// ------------------------------------------------------------ Message boxes
+
+std::string TituloMensajes(const Sesion& s) { return "VELMORANT Ver. " + s.VersionPrograma; }
+
+static bool Muestra(Sesion& s, TipoMensaje tipo, const std::string& texto) {
+    if (!s.interaccion) return false;
+    return s.interaccion->mensaje(tipo, TituloMensajes(s), texto);
+}
+
+void MsgCritico(Sesion& s, const std::string& texto) { Muestra(s, TipoMensaje::Critico, texto + "\r"); }
+void MsgAviso(Sesion& s, const std::string& texto) { Muestra(s, TipoMensaje::Aviso, texto + "\r"); }
+void MsgInformacion(Sesion& s, const std::string& texto) { Muestra(s, TipoMensaje::Informacion, texto); }
+bool MsgPregunta(Sesion& s, const std::string& texto) { return Muestra(s, TipoMensaje::Pregunta, texto); }
+
+bool ReportaError(Sesion& s, const std::exception& error, bool mostrar) {
+    int numero = 1;
+    std::string descripcion = error.what();
+    if (auto e = dynamic_cast<const ErrorBaseDatos*>(&error)) {
+        numero = e->codigo() ? e->codigo() : 1;
+    }
+    if (mostrar) MsgCritico(s, "Error : " + (" " + std::to_string(numero)) + " " + descripcion);
+    return true;
+}
+
+// ------------------------------------------------------------------- Values
+
+std::string SiNuloTexto(const Valor& v) { return v.texto(); }
+Valor SiNuloCero(const Valor& v) { return v.esNulo() ? Valor(0) : v; }
+
+std::string QuitaApostrofes(const std::string& t) { return QuitaCaracter(t, "'"); }
+
+std::string QuitaCaracter(const std::string& texto, const std::string& caracter) {
+    if (caracter.empty()) return texto;
+    std::string resultado;
+    size_t desde = 0;
+    for (size_t p; (p = texto.find(caracter, desde)) != std::string::npos;) {
+        resultado.append(texto, desde, p - desde);
+        desde = p + 1;  // one character only, whatever the length of `caracter`
+    }
+    resultado.append(texto, desde, std::string::npos);
+    return resultado;
+}
+
+std::string QuitaCaracteresEspeciales(const std::string& t) {
+    return QuitaCaracter(QuitaCaracter(QuitaCaracter(t, "'"), "|"), "~");
+}
+
+// -------------------------------------------------------------------- Dates
+
+namespace {
+
+bool SoloDigitos(const std::string& t) {
+    if (t.empty()) return false;
+    for (char c : t)
+        if (!std::isdigit(static_cast<unsigned char>(c))) return false;
+    return true;
+}
+
+std::string Recorta(const std::string& t) {
+    size_t a = t.find_first_not_of(" \t\r\n");
+    if (a == std::string::npos) return "";
+    size_t b = t.find_last_not_of(" \t\r\n");
+    return t.substr(a, b - a + 1);
+}
+
+std::vector<std::string> Divide(const std::string& t, char sep) {
+    std::vector<std::string> r;
+    size_t desde = 0;
+    for (size_t p; (p = t.find(sep, desde)) != std::string::npos; desde = p + 1) r.push_back(t.substr(desde, p - desde));
+    r.push_back(t.substr(desde));
+    return r;
+}
+
+int AnioDeDosDigitos(int anio) { return anio <= 15 ? 2000 + anio : 1900 + anio; }
+
+std::string DosDigitos(long n) {
+    std::string s = std::to_string(n);
+    return s.size() < 2 ? "0" + s : s;
+}
+
+std::string Compone(long dia, long mes, long anio, size_t digitosAnio) {
+    if (digitosAnio <= 2) anio = AnioDeDosDigitos(static_cast<int>(anio));
+    std::string a = std::to_string(anio);
+    while (a.size() < 4) a = "0" + a;
+    return DosDigitos(dia) + "/" + DosDigitos(mes) + "/" + a;
+}
+
+}  // namespace
+
+std::string FechaDesdeTexto(const std::string& entrada) {
+    std::string t = Recorta(entrada);
+    for (char sep : {'/', '-'}) {
+        auto piezas = Divide(t, sep);
+        if (piezas.size() != 3) continue;
+        for (auto& p : piezas) p = Recorta(p);
+        if (!SoloDigitos(piezas[0]) || !SoloDigitos(piezas[1]) || !SoloDigitos(piezas[2])) return t;
+        if (piezas[0].size() > 6 || piezas[1].size() > 6 || piezas[2].size() > 6) return t;
+        long a = std::stol(piezas[0]), b = std::stol(piezas[1]), c = std::stol(piezas[2]);
+        // An ISO text (year first) is read as such; everything else is day first.
+        if (piezas[0].size() == 4 && piezas[2].size() <= 2) return Compone(c, b, a, 4);
+        return Compone(a, b, c, piezas[2].size());
+    }
+    if (t.size() == 6 && SoloDigitos(t))
+        return Compone(std::stol(t.substr(0, 2)), std::stol(t.substr(2, 2)), std::stol(t.substr(4, 2)), 2);
+    return t;
+}
+
+std::optional<Fecha> LeeFecha(const std::string& t) {
+    std::string ddmmaaaa = FechaDesdeTexto(t);
+    if (ddmmaaaa.size() != 10 || ddmmaaaa[2] != '/' || ddmmaaaa[5] != '/') return std::nullopt;
+    Fecha f(std::stoi(ddmmaaaa.substr(6, 4)), std::stoi(ddmmaaaa.substr(3, 2)), std::stoi(ddmmaaaa.substr(0, 2)));
+    if (!f.valida()) return std::nullopt;
+    return f;
+}
+
+std::string FechaSql(const Valor& v) {
+    if (v.esNulo() || Recorta(v.texto()).empty()) return Fecha::desdeSerial(2).mmddaaaa();
+    if (auto f = v.fecha()) return f->mmddaaaa();
+    if (auto f = LeeFecha(v.texto())) return f->mmddaaaa();
+    return FechaDesdeTexto(v.texto());
+}
+
+bool ValidaFecha(Sesion& s, const std::string& entrada) {
+    const std::string formato = "Favor de teclear la fecha con el formato ddMMaa ó ddMMaaaa ó dd/MM/aaaa";
+    std::string t = Recorta(entrada);
+    std::string d, m, a;
+    if (t.find('/') != std::string::npos) {
+        auto piezas = Divide(t, '/');
+        if (piezas.size() != 3) {
+            MsgAviso(s, formato);
+            return false;
+        }
+        d = piezas[0], m = piezas[1], a = piezas[2];
+    } else if (t.size() == 6 || t.size() == 8) {
+        d = t.substr(0, 2), m = t.substr(2, 2), a = t.substr(4);
+    } else {
+        MsgAviso(s, formato);
+        return false;
+    }
+    if (!SoloDigitos(d) || !SoloDigitos(m) || !SoloDigitos(a) || d.size() > 2 || m.size() > 2) {
+        MsgAviso(s, formato);
+        return false;
+    }
+    if (a.size() != 2 && a.size() != 4) {
+        MsgAviso(s, "Favor de verificar el año de nacimiento ó teclearlo de 4 dígitos");
+        return false;
+    }
+    int anio = std::stoi(a), mes = std::stoi(m), dia = std::stoi(d);
+    if (a.size() == 2) anio = AnioDeDosDigitos(anio);
+    if (mes < 1 || mes > 12) {
+        MsgAviso(s, "El mes debe ser mayor de 0 y menor o igual a 12");
+        return false;
+    }
+    if (dia < 1) {
+        MsgAviso(s, "Por favor digite el día de la fecha");
+        return false;
+    }
+    int maximo = Fecha::DiasDelMes(anio, mes);
+    if (dia > maximo) {
+        MsgAviso(s, "El mes " + std::to_string(mes) + " no tiene más de " + std::to_string(maximo) + " días");
+        return false;
+    }
+    return true;
+}
+
+std::vector<std::string> LlenaComboMeses() {
+    return {"Enero", "Febrero", "Marzo",     "Abril",   "Mayo",      "Junio",
+            "Julio", "Agosto",  "Septiembre", "Octubre", "Noviembre", "Diciembre"};
+}
+
+// -------------------------------------------------------------------- Paths
+
+static size_t UltimoSeparador(const std::string& ruta) { return ruta.find_last_of("/\\"); }
+
+std::string NombreDeArchivo(const std::string& ruta) {
+    size_t p = UltimoSeparador(ruta);
+    return p == std::string::npos ? ruta : ruta.substr(p + 1);
+}
+
+std::string CarpetaDeArchivo(const std::string& ruta) {
+    size_t p = UltimoSeparador(ruta);
+    return p == std::string::npos ? "" : ruta.substr(0, p + 1);
+}
+
+bool ExisteArchivo(const std::string& ruta) {
+    if (ruta.empty()) return false;
+    std::error_code ec;
+    return fs::is_regular_file(fs::path(ruta), ec);
+}
+
+bool ExisteCarpeta(const std::string& ruta) {
+    if (ruta.empty()) return false;
+    std::error_code ec;
+    return fs::is_directory(fs::path(ruta), ec);
+}
+
+char SeparadorRuta() { return static_cast<char>(fs::path::preferred_separator); }
+
+std::string ConSeparadorFinal(const std::string& carpeta) {
+    if (carpeta.empty()) return carpeta;
+    char ultimo = carpeta.back();
+    if (ultimo == '/' || ultimo == '\\') return carpeta;
+    return carpeta + SeparadorRuta();
+}
+
+// ---------------------------------------------------------------- Databases
+
+bool ExisteTabla(BaseDatos& db, const std::string& nombre) { return db.existeTabla(nombre); }
+
+bool ExisteCampo(BaseDatos& db, const std::string& tabla, const std::string& campo) {
+    auto mayus = [](std::string t) {
+        for (char& c : t) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        return t;
+    };
+    for (auto& c : db.columnas(tabla))
+        if (mayus(c) == mayus(campo)) return true;
+    return false;
+}
+
+}  // namespace velmorant

@@ -1,0 +1,64 @@
+#pragma once
+// How the core talks to the person at the desk. Each front end implements
+// these two interfaces: the desktop program with dialogs and a progress bar,
+// the command line with flags, stderr and (when attached) the terminal.
+
+#include <string>
+
+namespace velmorant {
+
+enum class TipoMensaje { Critico, Aviso, Informacion, Pregunta };
+
+/// The answer at the inconsistency form (`frm000MsgInconsistencias`).
+enum class DecisionInconsistencias { VerReporte, Continuar, Cancelar };
+/// The answer at the end-of-run form (`frm000MsgInconsistenciasFin`).
+enum class DecisionFinal { VerDetalle, Terminar };
+
+class Interaccion {
+public:
+    virtual ~Interaccion() = default;
+
+    /// Shows a message box whose title and text are final. For a question
+    /// returns true when the answer is Yes; otherwise the result is unused.
+    virtual bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) = 0;
+
+    /// The common file dialog: `filtro` is "description|pattern[|...]".
+    /// Returns the chosen path, or an empty text when the user cancels.
+    virtual std::string eligeArchivo(const std::string& filtro, const std::string& titulo) = 0;
+
+    /// The modal decision after the log has rows. `VerReporte` is answered
+    /// by showing the summary report and asking again.
+    virtual DecisionInconsistencias decideInconsistencias(const std::string& titulo) {
+        (void)titulo;
+        return DecisionInconsistencias::Cancelar;
+    }
+
+    /// The decision at the end of a run that lost movements.
+    virtual DecisionFinal decideFinal(const std::string& titulo) {
+        (void)titulo;
+        return DecisionFinal::Terminar;
+    }
+};
+
+/// Progress of a long step: a label, a bar, and a yield point where the
+/// desktop program pumps its events so that the bar repaints.
+class Progreso {
+public:
+    virtual ~Progreso() = default;
+    virtual void etiqueta(const std::string& texto) = 0;
+    virtual void maximo(long n) = 0;
+    virtual void valor(long n) = 0;
+    virtual void visible(bool si) = 0;
+    virtual void cede() {}
+};
+
+/// A progress that shows nothing; for tests and quiet runs.
+class ProgresoMudo : public Progreso {
+public:
+    void etiqueta(const std::string&) override {}
+    void maximo(long) override {}
+    void valor(long) override {}
+    void visible(bool) override {}
+};
+
+}  // namespace velmorant

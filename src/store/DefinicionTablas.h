@@ -1,0 +1,45 @@
+#pragma once
+// Tables described as data: fields in order with their legacy types, and
+// named indexes. One routine turns a description into SQLite DDL, so every
+// store (base, company, temporary) is created the same way.
+
+#include <string>
+#include <vector>
+
+#include "platform/BaseDatos.h"
+
+namespace velmorant {
+
+enum class TipoCampo { Texto, Memo, Long, Integer, Byte, Moneda, Booleano, Fecha, Single, Contador };
+
+struct DefCampo {
+    std::string nombre;
+    TipoCampo tipo;
+    int longitud = 0;  // Text(n): n; documentation of the legacy width
+};
+
+struct DefIndice {
+    std::string nombre;  // the name the procedures select the index by
+    std::vector<std::string> campos;
+    bool primario = false;
+};
+
+struct DefTabla {
+    std::string nombre;
+    std::vector<DefCampo> campos;
+    std::vector<DefIndice> indices;
+};
+
+/// Name of an index in SQLite, where index names are global to a file:
+/// the table's name, "_" and the index's own name.
+std::string NombreIndiceSqlite(const std::string& tabla, const std::string& indice);
+
+/// CREATE TABLE / CREATE INDEX, each IF NOT EXISTS, in `esquema`
+/// ("main" or an attached alias). Text columns compare without case, as the
+/// legacy engine's text did.
+void CreaTabla(BaseDatos& db, const DefTabla& tabla, const std::string& esquema = "main");
+
+/// A field's width, or 0 when the table or field is unknown or unbounded.
+int LongitudCampo(const DefTabla& tabla, const std::string& campo);
+
+}  // namespace velmorant

@@ -1,0 +1,200 @@
+#include "store/EsquemaEmpresa.h"
+
+#include <stdexcept>
+
+namespace velmorant {
+
+namespace {
+
+using T = TipoCampo;
+
+DefCampo Texto(const std::string& n, int l = 255) { return {n, T::Texto, l}; }
+DefCampo Long(const std::string& n) { return {n, T::Long}; }
+DefCampo Integer(const std::string& n) { return {n, T::Integer}; }
+DefCampo Byte(const std::string& n) { return {n, T::Byte}; }
+DefCampo Moneda(const std::string& n) { return {n, T::Moneda}; }
+DefCampo Booleano(const std::string& n) { return {n, T::Booleano}; }
+DefCampo FechaC(const std::string& n) { return {n, T::Fecha}; }
+DefCampo Single(const std::string& n) { return {n, T::Single}; }
+DefCampo Memo(const std::string& n) { return {n, T::Memo}; }
+
+std::string DosDigitos(int n) { return (n < 10 ? "0" : "") + std::to_string(n); }
+
+DefTabla Empresas() {
+    DefTabla t{"Empresas", {Long("IdEmpresa"), Texto("NombCorto", 50), Texto("Nombre", 255), Integer("Ejercicio"),
+                            Texto("FormatoCta", 50), Texto("Separador", 1)},
+               {{"PrimaryKey", {"IdEmpresa"}, true}, {"NombCorto", {"NombCorto", "Ejercicio"}}}};
+    for (int i = 1; i <= 12; ++i) t.campos.push_back(Integer("Nivel" + std::to_string(i)));
+    for (auto c : {"CatArbol", "RellenaCtaCeros", "CtaPrefijoHomogeneo", "SdosFinConMes13"})
+        t.campos.push_back(Booleano(c));
+    for (auto c : {"AuditoriaActual", "MesPrevia1", "MesPrevia2", "MesPrevia3", "MesFinal"})
+        t.campos.push_back(Integer(c));
+    t.campos.push_back(Long("IdSistema"));
+    return t;
+}
+
+DefTabla Enlaces() {
+    return {"Enlaces",
+            {Long("IdSistema"), Texto("Descripcion", 255), Booleano("Liberado"), Booleano("Comercial")},
+            {{"PrimaryKey", {"IdSistema"}, true}, {"Descripcion", {"Descripcion"}}}};
+}
+
+DefTabla Cuentas() {
+    DefTabla t{"Cuentas",
+               {Texto("Cuenta", 50), Texto("Descripcion", 80), Texto("Naturaleza", 1), Long("Nivel"),
+                Texto("CuentaAcumulativa", 50), Texto("Tipo", 1), Booleano("ConMovtos"), Booleano("PorRevisar")},
+               {{"Cuenta", {"Cuenta"}}, {"CuentaAcumulativa", {"CuentaAcumulativa"}}}};
+    for (auto c : {"Saldo_Anterior_Previa", "Saldo_Anterior_Final", "Saldo_Previa1", "Saldo_Previa2", "Saldo_Previa3",
+                   "Saldo_Final", "Ajuste_Debe", "Ajuste_Haber", "RCL_Debe", "RCL_Haber", "Saldo_Ajustado",
+                   "Saldo_Final_Aud"})
+        t.campos.push_back(Moneda(c));
+    return t;
+}
+
+// `Cuenta` first and `SaldoIniOrig` last: the roll-up walks the columns in
+// between by position.
+DefTabla Balanzas() {
+    DefTabla t{"Balanzas", {Texto("Cuenta", 50), Moneda("SaldoInicial")}, {{"Cuenta", {"Cuenta"}}}};
+    for (const char* prefijo : {"C", "A", "SdoFin"})
+        for (int m = 1; m <= 13; ++m) t.campos.push_back(Moneda(prefijo + DosDigitos(m)));
+    for (auto c : {"Ajuste_Debe", "Ajuste_Haber", "RCL_Debe", "RCL_Haber", "Saldo_Ajustado", "Saldo_Final_Aud",
+                   "SaldoIniOrig"})
+        t.campos.push_back(Moneda(c));
+    return t;
+}
+
+DefTabla Polizas() {
+    return {"Polizas",
+            {Long("IdPoliza"), Texto("Poliza", 20), Texto("Tipo", 10), FechaC("Fecha"), Texto("Concepto", 255),
+             Booleano("Poliza_Deshabilitada"), Booleano("Cuadrada"), Booleano("Poliza_Mes13"),
+             Booleano("Poliza_Ajuste")},
+            {{"IdPoliza", {"IdPoliza"}}, {"Identidad", {"Poliza", "Tipo", "Fecha"}}, {"Fecha", {"Fecha"}}}};
+}
+
+DefTabla PolizasDetalle() {
+    return {"Polizas_Detalle",
+            {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), Moneda("Importe"), Texto("Referencia", 255),
+             Integer("Partida")},
+            {{"IdPoliza", {"IdPoliza"}}, {"Cuenta", {"Cuenta"}}}};
+}
+
+DefTabla CatTipoPoliza() {
+    return {"CatTipoPoliza", {Texto("Tipo", 10), Texto("Descripcion", 255)}, {{"Tipo", {"Tipo"}}}};
+}
+
+DefTabla Entradas(const std::string& nombre, const std::string& id, const std::string& numero) {
+    return {nombre,
+            {Long(id), Long(numero), Texto("Concepto", 255), Booleano("Estatus"), Booleano("Contabilizado")},
+            {{id, {id}}}};
+}
+
+DefTabla EntradasDetalle(const std::string& nombre, const std::string& id) {
+    return {nombre,
+            {Long(id), Texto("Cuenta", 40), Texto("Tipo", 1), Moneda("Importe")},
+            {{id, {id}}, {"Cuenta", {"Cuenta"}}}};
+}
+
+DefTabla SeleccionMaster() {
+    return {"SeleccionMaster",
+            {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), Moneda("SaldoMayorA"),
+             Single("Porcentaje"), Single("PorcentajeUsr"), Moneda("TotalCta"), Integer("MesRevision")},
+            {}};
+}
+
+DefTabla SeleccionDetalle() {
+    return {"SeleccionDetalle",
+            {Long("IdCriterio"), Texto("CtaIntegracion", 50), Texto("Cuenta", 50), Moneda("Saldo"), Byte("VerObs"),
+             Texto("Obs", 255), Integer("MesRevision")},
+            {{"Cuenta_MesRevision", {"Cuenta", "MesRevision"}}}};
+}
+
+DefTabla CedAnaliticaMaster() {
+    return {"CedAnaliticaMaster",
+            {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), Moneda("SaldoMayorA"),
+             Single("Porcentaje"), Moneda("TotalCta")},
+            {}};
+}
+
+std::vector<DefCampo> CamposMovimiento() {
+    return {Texto("Poliza", 20), Texto("Tipo", 10), FechaC("Fecha"), Texto("Cuenta", 50), Texto("Referencia", 255),
+            Texto("TipoMov", 1), Moneda("Importe")};
+}
+
+DefTabla CedAnalitica() {
+    DefTabla t{"CedAnalitica", {{"IdCedAnalitica", T::Contador}, Long("IdCriterio"), Long("IdPoliza")}, {}};
+    for (auto& c : CamposMovimiento()) t.campos.push_back(c);
+    for (auto& c : {Booleano("Modificado"), Texto("Refmodificada", 255), Booleano("AplicaIVA"), Byte("PorIVA"),
+                    Moneda("IVA"), Booleano("AplicaRetISR"), Single("TasaRetISR"), Moneda("ImpteRetISR"),
+                    Booleano("AplicaRetIVA"), Single("TasaRetIVA"), Moneda("ImpteRetIVA")})
+        t.campos.push_back(c);
+    for (int i = 1; i <= 7; ++i) t.campos.push_back(Texto("Marca" + std::to_string(i), 3));
+    for (auto& c : {Memo("Observaciones"), Memo("Sugerencias"), Texto("InfoAdd1", 255), Texto("InfoAdd2", 255),
+                    Texto("Notas", 255), Byte("VerObs"), Texto("Obs", 255), Booleano("Aplicado")})
+        t.campos.push_back(c);
+    t.indices = {{"IdPoliza", {"IdPoliza"}}, {"Cuenta", {"Cuenta"}}};
+    return t;
+}
+
+DefTabla UUIDAnalitica() {
+    return {"UUIDAnalitica", {Long("IdCedAnalitica"), Texto("UUID", 36)}, {{"IdCedAnalitica", {"IdCedAnalitica"}}}};
+}
+
+DefTabla CedNoDeducibles() {
+    DefTabla t{"CedNoDeducibles", CamposMovimiento(), {{"IdCedAnalitica", {"IdCedAnalitica"}}}};
+    t.campos.push_back(Long("IdCedAnalitica"));
+    return t;
+}
+
+}  // namespace
+
+std::string RutaBaseDatos(const std::string& carpeta, const std::string& nombreBase) {
+    return carpeta + nombreBase + kExtensionBase;
+}
+
+const DefTabla& TablaEmpresas() {
+    static const DefTabla t = Empresas();
+    return t;
+}
+
+const DefTabla& TablaEnlaces() {
+    static const DefTabla t = Enlaces();
+    return t;
+}
+
+const std::vector<DefTabla>& TablasEmpresa() {
+    static const std::vector<DefTabla> tablas = {
+        Cuentas(),
+        Balanzas(),
+        Polizas(),
+        PolizasDetalle(),
+        CatTipoPoliza(),
+        Entradas("Ajustes", "IdAjuste", "Ajuste"),
+        EntradasDetalle("Ajustes_Detalle", "IdAjuste"),
+        Entradas("Reclasificaciones", "IdReclasificacion", "Reclasificacion"),
+        EntradasDetalle("Reclasificaciones_Detalle", "IdReclasificacion"),
+        SeleccionMaster(),
+        SeleccionDetalle(),
+        CedAnaliticaMaster(),
+        CedAnalitica(),
+        UUIDAnalitica(),
+        CedNoDeducibles(),
+    };
+    return tablas;
+}
+
+const DefTabla& TablaEmpresa(const std::string& nombre) {
+    for (auto& t : TablasEmpresa())
+        if (t.nombre == nombre) return t;
+    throw std::out_of_range("Tabla desconocida: " + nombre);
+}
+
+void CreaEsquemaEmpresas(BaseDatos& db) { CreaTabla(db, TablaEmpresas()); }
+void CreaEsquemaEnlaces(BaseDatos& db) { CreaTabla(db, TablaEnlaces()); }
+
+void CreaEsquemaEmpresa(BaseDatos& db) {
+    Transaccion t(db);
+    for (auto& tabla : TablasEmpresa()) CreaTabla(db, tabla);
+    t.confirma();
+}
+
+}  // namespace velmorant

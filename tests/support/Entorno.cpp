@@ -1,0 +1,64 @@
+#include "support/Entorno.h"
+
+#include <cstdlib>
+#include <random>
+
+namespace velmorant::prueba {
+
+CarpetaTemporal::CarpetaTemporal() {
+    std::random_device rd;
+    auto base = std::filesystem::temp_directory_path();
+    do {
+        ruta_ = base / ("velmorant-prueba-" + std::to_string(rd()));
+    } while (std::filesystem::exists(ruta_));
+    std::filesystem::create_directories(ruta_);
+}
+
+CarpetaTemporal::~CarpetaTemporal() {
+    std::error_code ec;
+    std::filesystem::remove_all(ruta_, ec);
+}
+
+AjustesAislados::AjustesAislados() {
+    std::filesystem::create_directories(carpeta_.ruta() / "config");
+    std::filesystem::create_directories(carpeta_.ruta() / "datos");
+    setenv("XDG_CONFIG_HOME", (carpeta_.ruta() / "config").c_str(), 1);
+    setenv("VELMORANT_DATOS", (carpeta_.ruta() / "datos").c_str(), 1);
+}
+
+AjustesAislados::~AjustesAislados() {
+    unsetenv("XDG_CONFIG_HOME");
+    unsetenv("VELMORANT_DATOS");
+}
+
+bool InteraccionGuionada::mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) {
+    mensajes.push_back({tipo, titulo, texto});
+    if (tipo != TipoMensaje::Pregunta || respuestas.empty()) return false;
+    bool r = respuestas.front();
+    respuestas.pop_front();
+    return r;
+}
+
+std::string InteraccionGuionada::eligeArchivo(const std::string& filtro, const std::string&) {
+    filtrosPedidos.push_back(filtro);
+    if (archivos.empty()) return "";
+    std::string r = archivos.front();
+    archivos.pop_front();
+    return r;
+}
+
+DecisionInconsistencias InteraccionGuionada::decideInconsistencias(const std::string&) {
+    if (decisiones.empty()) return DecisionInconsistencias::Cancelar;
+    auto d = decisiones.front();
+    decisiones.pop_front();
+    return d;
+}
+
+DecisionFinal InteraccionGuionada::decideFinal(const std::string&) {
+    if (decisionesFinales.empty()) return DecisionFinal::Terminar;
+    auto d = decisionesFinales.front();
+    decisionesFinales.pop_front();
+    return d;
+}
+
+}  // namespace velmorant::prueba

@@ -1,0 +1,59 @@
+#pragma once
+// Test support: a private temporary folder per test, settings and program
+// data kept inside it, and a scripted interaction that records every
+// message and answers from a queue.
+
+#include <deque>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "session/Interaccion.h"
+
+namespace velmorant::prueba {
+
+/// A fresh folder, removed at the end of the test.
+class CarpetaTemporal {
+public:
+    CarpetaTemporal();
+    ~CarpetaTemporal();
+    const std::filesystem::path& ruta() const { return ruta_; }
+    /// The folder as text with a trailing separator.
+    std::string texto() const { return ruta_.string() + "/"; }
+
+private:
+    std::filesystem::path ruta_;
+};
+
+/// Points XDG_CONFIG_HOME and VELMORANT_DATOS at fresh folders for one test.
+class AjustesAislados {
+public:
+    AjustesAislados();
+    ~AjustesAislados();
+
+private:
+    CarpetaTemporal carpeta_;
+};
+
+struct MensajeMostrado {
+    TipoMensaje tipo;
+    std::string titulo;
+    std::string texto;
+};
+
+class InteraccionGuionada : public Interaccion {
+public:
+    bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) override;
+    std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
+    DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+    DecisionFinal decideFinal(const std::string& titulo) override;
+
+    std::deque<bool> respuestas;             // for questions; No when empty
+    std::deque<std::string> archivos;        // for file dialogs; cancel when empty
+    std::deque<DecisionInconsistencias> decisiones;
+    std::deque<DecisionFinal> decisionesFinales;
+    std::vector<MensajeMostrado> mensajes;
+    std::vector<std::string> filtrosPedidos;
+};
+
+}  // namespace velmorant::prueba
