@@ -1,0 +1,28 @@
+#pragma once
+// The inconsistency log (`InconsisImpTmp`): every step that finds a fault, a
+// change or a loss writes one row and goes on.
+
+#include <optional>
+#include <string>
+
+#include "platform/Fecha.h"
+#include "session/Sesion.h"
+
+namespace velmorant {
+
+/// Codes of `FuenteError`.
+enum FuenteInconsistencia { kFuenteCatalogo = 1, kFuenteSaldosIniciales = 2, kFuentePolizas = 3 };
+
+/// Writes one row through `s.DbInconsistencias`. With a date, `poliza` is
+/// cleaned with QuitaCaracteresEspeciales; without, it is stored as given and
+/// `Fecha` stays Null. `Cuenta_Fmtda` is FormateaCuenta(cuenta) when the
+/// company has a separator. Throws (the caller's step fails) when the log is
+/// not open or a text is longer than its field.
+void RegistraInconsistencia(Sesion& s, const std::string& referencia, int fuente, const std::string& clasif,
+                            const std::string& poliza, const std::string& tipo, const std::optional<Fecha>& fecha,
+                            const std::string& cuenta);
+
+/// True when the log has a row for the account.
+bool ExisteInconsistenciaCuenta(Sesion& s, const std::string& cuenta);
+
+}  // namespace velmorant
