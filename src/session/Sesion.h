@@ -53,7 +53,13 @@ struct Sesion {
     std::vector<int> MesesRevision;
     bool ContinuaImportacion = false;
     std::string EtapaSaldos;
-    std::unique_ptr<BaseDatos> DbPolizasTmp, DbPolizasDetalleTmp, DbInconsistencias, DbConfiguraciones;
+    // Run stores attached to DbEmpresa: these point at that connection while
+    // the store is open and are null while it is closed.
+    BaseDatos* DbPolizasTmp = nullptr;
+    BaseDatos* DbPolizasDetalleTmp = nullptr;
+    BaseDatos* DbInconsistencias = nullptr;
+    BaseDatos* DbCuentasTmp = nullptr;
+    std::unique_ptr<BaseDatos> DbConfiguraciones;  // the layout catalogue
     std::string SqlActual;
 
     // The front end's two interfaces; never null once start-up has run.
