@@ -42,6 +42,11 @@ public:
     /// The importer offers the prior-year tab.
     virtual bool tieneAnioAnterior() const { return false; }
 
+    /// Checks that the files it needs are given, saying what is missing in
+    /// its own words; the run stops, untouched, when this is false. The
+    /// month-by-month check common to all importers follows it.
+    virtual bool validaArchivos(Sesion& s, const ArchivosImportacion& a);
+
     // Readers. Each fills the temporary stores of the run (attached to the
     // session's company connection) and logs what it finds; a file it
     // cannot read throws ErrorLectura (platform/ErrorLectura.h), and the run

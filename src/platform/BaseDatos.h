@@ -8,6 +8,8 @@
 //     values, and agrega/edita/fija/actualiza.
 // Every value reaches SQL as a bound parameter. Engine errors throw
 // ErrorBaseDatos carrying SQLite's message and the SQL text.
+// Registered SQL functions: Month(fecha), Year(fecha) and Left(texto, n);
+// LEFT is a keyword of SQLite's grammar, so the last is written [Left](...).
 
 #include <cstdint>
 #include <filesystem>

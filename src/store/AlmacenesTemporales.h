@@ -16,6 +16,7 @@
 #include <string>
 
 #include "session/Sesion.h"
+#include "store/DefinicionTablas.h"
 
 namespace velmorant {
 
@@ -31,13 +32,31 @@ inline constexpr const char* kSeleccPreviaCtasBalTmp = "SeleccPreviaCtasBalTmp";
 inline constexpr const char* kCedAnaliticaTmp = "CedAnaliticaTmp";
 inline constexpr const char* kSelecPolizasDetalleTmp = "SelecPolizas_DetalleTmp";
 
+// Table descriptions of the stores, for callers that check a width or a
+// field list (LongitudCampo).
+const DefTabla& TablaCuentasTmp();
+const DefTabla& TablaPolizasTmp();
+const DefTabla& TablaPolizasTmpPorIdentidad();
+const DefTabla& TablaPolizasDetalleTmp();
+const DefTabla& TablaInconsisImpTmp();
+const DefTabla& TablaInconsisImpTmpDet();
+const DefTabla& TablaSeleccionDetalleTmp();
+const DefTabla& TablaSeleccPreviaCtasBalTmp();
+const DefTabla& TablaCedAnaliticaTmp();
+const DefTabla& TablaUUIDAnaliticaTmp();
+const DefTabla& TablaSelecPolizasDetalleTmp();
+
 /// Full path of a store in the company folder.
 std::string RutaAlmacen(const Sesion& s, const std::string& nombreBase);
 /// Full path of `SelecPolizas_DetalleTmp`, in the program's data folder.
 std::string RutaSelecPolizasDetalleTmp();
 
 // Creators: each deletes an old file first (but CreaInconsisImpTmpDet, which
-// creates only when missing), then creates table, fields and indexes.
+// creates only when missing, and reports its own errors with ReportaError),
+// then creates table, fields and indexes with a connection of its own. A
+// store attached to the company connection is detached first; when that is
+// impossible (inside a transaction) the creator throws, as an old store
+// still in use cannot be replaced.
 void CreaCuentasTmp(Sesion& s);
 void CreaPolizasTmp(Sesion& s);
 /// The variant for flat-line sources: index `IdPoliza` over Poliza, Tipo, Fecha.
@@ -50,14 +69,21 @@ void CreaSeleccPreviaCtasBalTmp(Sesion& s);
 void CreaCedAnaliticaTmp(Sesion& s);
 void CreaSelecPolizasDetalleTmp(Sesion& s);
 
-// Open and close: attach to / detach from the company connection.
+// Open and close: attach to / detach from the company connection. An open
+// fails (false) when the company is not open or the file is missing or
+// unreadable. DETACH is refused inside a transaction, so a close asked while
+// the company connection is in one clears the session pointer at once and
+// leaves the file attached; the next open, close, creator or BorraTemporales
+// outside a transaction detaches it. An open of a store still attached
+// reuses that attachment.
 bool AbreCuentasTmp(Sesion& s);
 void CierraCuentasTmp(Sesion& s);
 bool AbrePolizasTmp(Sesion& s);
 void CierraPolizasTmp(Sesion& s);
 bool AbreInconsistencias(Sesion& s);
 void CierraInconsistencias(Sesion& s);
-/// Attaches any other store of the company folder under its base name.
+/// Attaches any other store of the company folder (SelecPolizas_DetalleTmp:
+/// of the data folder) under its base name.
 bool AbreAlmacen(Sesion& s, const std::string& nombreBase);
 void CierraAlmacen(Sesion& s, const std::string& nombreBase);
 
@@ -65,7 +91,10 @@ void CierraAlmacen(Sesion& s, const std::string& nombreBase);
 bool HayInconsistencias(const std::string& ruta);
 bool HayInconsistenciasDet(const std::string& ruta);
 
-/// Deletes the session's temporary stores; the two logs only when empty.
+/// Detaches and deletes the session's temporary stores; the two logs only
+/// when their table is empty, so that a log with rows outlives the program.
+/// SeleccPreviaCtasBalTmp is left in place. A store that cannot be detached
+/// (the company connection is inside a transaction) is left too.
 void BorraTemporales(Sesion& s);
 
 }  // namespace velmorant

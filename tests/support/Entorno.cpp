@@ -1,5 +1,7 @@
 #include "support/Entorno.h"
 
+#include <QSettings>
+
 #include <cstdlib>
 #include <random>
 
@@ -24,6 +26,9 @@ AjustesAislados::AjustesAislados() {
     std::filesystem::create_directories(carpeta_.ruta() / "datos");
     setenv("XDG_CONFIG_HOME", (carpeta_.ruta() / "config").c_str(), 1);
     setenv("VELMORANT_DATOS", (carpeta_.ruta() / "datos").c_str(), 1);
+    // Qt reads XDG_CONFIG_HOME once per process; point it at this folder.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
+                       QString::fromStdString((carpeta_.ruta() / "config").string()));
 }
 
 AjustesAislados::~AjustesAislados() {

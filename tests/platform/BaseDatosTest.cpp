@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "platform/BaseDatos.h"
+#include "support/Entorno.h"
+
+using namespace velmorant;
+
+namespace {
+
+void CreaTablaPrueba(BaseDatos& db) {
+    db.ejecutaScript(
+        "CREATE TABLE Movs (Cuenta TEXT COLLATE NOCASE, Mes INTEGER, Importe INTEGER, Fecha TEXT, Activo INTEGER);"
+        "CREATE INDEX Movs_CuentaMes ON Movs (Cuenta, Mes);");
+}
+
+}  // namespace
+
+TEST(BaseDatos, LosTresModosDeAcceso) {
+    BaseDatos db;
+    CreaTablaPrueba(db);
+    // Statement access, every value bound.
+    EXPECT_EQ(db.ejecuta("INSERT INTO Movs VALUES (?, ?, ?, ?, ?)", "100", 1, Moneda::desdeTexto("10.5").value(),
+                         Fecha(2025, 1, 31), true),
+              1);
+    db.ejecuta("INSERT INTO Movs VALUES (?, ?, ?, ?, ?)", "100", 2, Moneda::desdeTexto("-3").value(), Fecha(2025, 2, 1),
+               false);
+    db.ejecuta("INSERT INTO Movs VALUES (?, ?, ?, ?, ?)", "200", 1, Valor(), Valor(), Valor());
+
+    // Query access: count, first/last/next, fields by name and position.
+    Consulta c = db.consulta("SELECT * FROM Movs ORDER BY Cuenta, Mes");
+    ASSERT_EQ(c.cuentaRegistros(), 3u);
+    EXPECT_EQ(c.nombreCampo(2), "Importe");
+    EXPECT_EQ(c["Importe"].moneda().texto(), "10.5");
+    EXPECT_EQ(c.campo(3).fecha(), Fecha(2025, 1, 31));
+    EXPECT_TRUE(c["Activo"].booleano());
+    EXPECT_EQ(c["Activo"].entero(), -1);
+    c.ultimo();
+    EXPECT_TRUE(c["Importe"].esNulo());
+    EXPECT_EQ(c["Importe"].moneda(), Moneda());
+    c.siguiente();
+    EXPECT_TRUE(c.eof());
+    EXPECT_THROW(c["Importe"], ErrorBaseDatos);
+
+    // Table access by a named index: seek on one and on two values, edit, add.
+    Tabla t(db, "Movs");
+    t.indice("CuentaMes");
+    ASSERT_TRUE(t.busca("100", 2));
+    EXPECT_EQ(t.campo("Importe").moneda().texto(), "-3");
+    t.edita();
+    t.fija("Importe", Moneda::desdeTexto("7.25").value());
+    t.actualiza();
+    EXPECT_EQ(db.escalar("SELECT Importe FROM Movs WHERE Cuenta='100' AND Mes=2").entero(), 72500);
+    ASSERT_TRUE(t.busca("100"));
+    int vistos = 0;
+    for (; !t.eof(); t.siguiente()) ++vistos;
+    EXPECT_EQ(vistos, 2);
+    EXPECT_FALSE(t.busca("999"));
+    EXPECT_TRUE(t.sinCoincidencia());
+    EXPECT_TRUE(t.busca("  ") == false);
+    t.agrega();
+    t.fija("Cuenta", "300");
+    t.fija("Mes", 5);
+    t.actualiza();
+    EXPECT_TRUE(t.busca("300", 5));
+    // The legacy engine's text comparison ignores case.
+    db.ejecuta("INSERT INTO Movs (Cuenta, Mes) VALUES ('ABC', 1)");
+    EXPECT_TRUE(t.busca("abc", 1));
+}
+
+TEST(BaseDatos, FuncionesRegistradasYParametrosLiteralesSeguros) {
+    BaseDatos db;
+    EXPECT_EQ(db.escalar("SELECT Month(?)", Fecha(2025, 12, 31)).entero(), 12);
+    EXPECT_EQ(db.escalar("SELECT Year(?)", Fecha(2024, 2, 29)).entero(), 2024);
+    EXPECT_TRUE(db.escalar("SELECT Month(NULL)").esNulo());
+    EXPECT_TRUE(db.escalar("SELECT Month('31/12/2025')").esNulo());
+    EXPECT_EQ(db.escalar("SELECT [Left](?, 3)", "Añejo").texto(), "Añe");
+    EXPECT_EQ(db.escalar("SELECT [Left](?, 10)", "ab").texto(), "ab");
+    // A quote in a value is data, never SQL.
+    db.ejecutaScript("CREATE TABLE T (x TEXT)");
+    db.ejecuta("INSERT INTO T VALUES (?)", "O'Brien'); DROP TABLE T; --");
+    EXPECT_EQ(db.escalar("SELECT x FROM T").texto(), "O'Brien'); DROP TABLE T; --");
+}
+
+TEST(BaseDatos, ErroresLlevanMensajeYSql) {
+    BaseDatos db;
+    try {
+        db.ejecuta("SELECT * FROM NoExiste WHERE a = ?", 1);
+        FAIL();
+    } catch (const ErrorBaseDatos& e) {
+        EXPECT_NE(std::string(e.what()).find("no such table: NoExiste"), std::string::npos);
+        EXPECT_EQ(e.sql(), "SELECT * FROM NoExiste WHERE a = ?");
+    }
+    prueba::CarpetaTemporal dir;
+    EXPECT_THROW(BaseDatos(dir.ruta() / "falta.sqlite"), ErrorBaseDatos);
+    std::ofstream(dir.ruta() / "corrupta.sqlite") << "esto no es una base de datos, aunque lo parezca por su nombre";
+    EXPECT_THROW(BaseDatos(dir.ruta() / "corrupta.sqlite"), ErrorBaseDatos);
+}
+
+TEST(BaseDatos, TransaccionDeshaceSiNoSeConfirmaTambienEnArchivosAdjuntos) {
+    prueba::CarpetaTemporal dir;
+    {
+        BaseDatos otra(dir.ruta() / "otra.sqlite", BaseDatos::Modo::Crear);
+        otra.ejecutaScript("CREATE TABLE B (x INTEGER); INSERT INTO B VALUES (1)");
+    }
+    BaseDatos db(dir.ruta() / "principal.sqlite", BaseDatos::Modo::Crear);
+    db.ejecutaScript("CREATE TABLE A (x INTEGER)");
+    db.adjunta(dir.ruta() / "otra.sqlite", "Otra");
+    {
+        Transaccion t(db);
+        db.ejecuta("INSERT INTO A VALUES (1)");
+        db.ejecuta("DELETE FROM Otra.B");
+        {
+            Transaccion interior(db);  // a savepoint
+            db.ejecuta("INSERT INTO A VALUES (2)");
+            interior.confirma();
+        }
+    }  // not confirmed: both files roll back
+    EXPECT_EQ(db.escalar("SELECT COUNT(*) FROM A").entero(), 0);
+    EXPECT_EQ(db.escalar("SELECT COUNT(*) FROM Otra.B").entero(), 1);
+    {
+        Transaccion t(db);
+        db.ejecuta("INSERT INTO A VALUES (3)");
+        {
+            Transaccion interior(db);
+            db.ejecuta("INSERT INTO A VALUES (4)");
+        }  // only the savepoint rolls back
+        t.confirma();
+    }
+    EXPECT_EQ(db.escalar("SELECT group_concat(x) FROM A").texto(), "3");
+    EXPECT_EQ(db.escalar("PRAGMA journal_mode").texto(), "delete");
+    db.separa("Otra");
+    EXPECT_THROW(db.escalar("SELECT COUNT(*) FROM Otra.B"), ErrorBaseDatos);
+}
+
+TEST(BaseDatos, UnaBaseBloqueadaEsUnErrorNoUnaEspera) {
+    prueba::CarpetaTemporal dir;
+    BaseDatos a(dir.ruta() / "b.sqlite", BaseDatos::Modo::Crear);
+    a.ejecutaScript("CREATE TABLE T (x INTEGER)");
+    Transaccion t(a);
+    a.ejecuta("INSERT INTO T VALUES (1)");
+    BaseDatos b(dir.ruta() / "b.sqlite");
+    b.ejecutaScript("PRAGMA busy_timeout=50");
+    EXPECT_THROW(b.ejecuta("INSERT INTO T VALUES (2)"), ErrorBaseDatos);
+}
