@@ -1,6 +1,6 @@
 // velmorant-cli: the core, headless, for automation and support.
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <iostream>
 #include <memory>
@@ -96,7 +96,12 @@ int Ejecuta(std::vector<std::string> args) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
+    // A gui application renders the reports to PDF; offscreen, it needs no
+    // display (Windows always has its own platform).
+#ifndef _WIN32
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
+    QGuiApplication app(argc, argv);
     std::vector<std::string> args(argv + 1, argv + argc);
     try {
         return Ejecuta(args);
