@@ -71,28 +71,31 @@ std::string LeeArchivo(const std::string& ruta) {
     return o.str();
 }
 
-// The template, the variables and the rows of one log, or false after the
-// message when the template is not in the base folder.
-bool Prepara(Sesion& s, const std::string& plantilla, const std::string& titulo, const std::string& log,
-             const std::string& sql, const DefTabla& tabla, Reporte& r) {
-    std::string ruta = s.RutaBase + plantilla;
-    if (!ExisteArchivo(ruta)) {
-        MsgCritico(s, "El archivo " + plantilla +
-                          " fue removido de su ubicación original, favor de llamar a soporte técnico");
-        return false;
-    }
-    r = Reporte{};
+// The variables and the rows of one log.
+Reporte Lee(Sesion& s, const std::string& titulo, const std::string& log, const std::string& sql,
+            const DefTabla& tabla) {
+    Reporte r;
     r.titulo = titulo;
-    r.plantilla = plantilla;
-    r.carpetaPlantilla = s.RutaBase;
-    r.textoPlantilla = LeeArchivo(ruta);
-    r.horizontal = r.textoPlantilla.find("content=\"horizontal\"") != std::string::npos;
     r.variables = {{"NombreEmp", s.NombreEmpresa},
                    {"descRevision", ""},
                    {"sTitulo", ""},
                    {"impFecha", FechaReporte(s.FechaSesion)}};
     LeeFilas(RutaAlmacen(s, log), sql, tabla, r);
-    return true;
+    return r;
+}
+
+// True when the template is in the base folder; else false after the message.
+bool HayPlantilla(Sesion& s, const std::string& plantilla) {
+    if (ExisteArchivo(s.RutaBase + plantilla)) return true;
+    MsgCritico(s, "El archivo " + plantilla + " fue removido de su ubicación original, favor de llamar a soporte técnico");
+    return false;
+}
+
+void CargaPlantilla(const Sesion& s, const std::string& plantilla, Reporte& r) {
+    r.plantilla = plantilla;
+    r.carpetaPlantilla = s.RutaBase;
+    r.textoPlantilla = LeeArchivo(s.RutaBase + plantilla);
+    r.horizontal = r.textoPlantilla.find("content=\"horizontal\"") != std::string::npos;
 }
 
 // ------------------------------------------------------------ Rendering
@@ -170,16 +173,31 @@ std::string FechaReporte(const Fecha& f) {
     return dd + "/" + kMeses[f.mes() - 1] + "/" + std::string(aaaa.size() < 4 ? 4 - aaaa.size() : 0, '0') + aaaa;
 }
 
+Reporte LeeResumenInconsistencias(Sesion& s) {
+    return Lee(s, "Resumen de inconsistencias", kInconsisImpTmp,
+               "SELECT I.Referencia, I.FuenteError, I.ClasifError, I.Poliza, I.Tipo, I.Fecha, I.Cuenta, "
+               "I.Cuenta_Fmtda From InconsisImpTmp I",
+               TablaInconsisImpTmp());
+}
+
+Reporte LeeDetalleInconsistencias(Sesion& s) {
+    return Lee(s, "Detalle de inconsistencias", kInconsisImpTmpDet, "SELECT * FROM InconsisImpTmpDet",
+               TablaInconsisImpTmpDet());
+}
+
+// The template is looked for first: without it nothing is read.
 bool PreparaResumenInconsistencias(Sesion& s, const std::string& plantilla, Reporte& r) {
-    return Prepara(s, plantilla, "Resumen de inconsistencias", kInconsisImpTmp,
-                   "SELECT I.Referencia, I.FuenteError, I.ClasifError, I.Poliza, I.Tipo, I.Fecha, I.Cuenta, "
-                   "I.Cuenta_Fmtda From InconsisImpTmp I",
-                   TablaInconsisImpTmp(), r);
+    if (!HayPlantilla(s, plantilla)) return false;
+    r = LeeResumenInconsistencias(s);
+    CargaPlantilla(s, plantilla, r);
+    return true;
 }
 
 bool PreparaDetalleInconsistencias(Sesion& s, const std::string& plantilla, Reporte& r) {
-    return Prepara(s, plantilla, "Detalle de inconsistencias", kInconsisImpTmpDet, "SELECT * FROM InconsisImpTmpDet",
-                   TablaInconsisImpTmpDet(), r);
+    if (!HayPlantilla(s, plantilla)) return false;
+    r = LeeDetalleInconsistencias(s);
+    CargaPlantilla(s, plantilla, r);
+    return true;
 }
 
 void ResumenInconsistencias(Sesion& s, const std::string& mes, const std::string& plantilla) {

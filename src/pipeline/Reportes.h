@@ -41,6 +41,13 @@ struct Reporte {
 /// "dd/mmm/yyyy" with the Spanish month abbreviation: "05/ene/2024".
 std::string FechaReporte(const Fecha& f);
 
+/// The variables and rows of the summary of `InconsisImpTmp` ("SELECT
+/// I.Referencia, ... From InconsisImpTmp I"), read by a connection of its
+/// own, without a template. A missing log gives a report without rows.
+Reporte LeeResumenInconsistencias(Sesion& s);
+/// The same for `InconsisImpTmpDet` ("SELECT * FROM InconsisImpTmpDet").
+Reporte LeeDetalleInconsistencias(Sesion& s);
+
 /// The summary of `InconsisImpTmp` ("SELECT I.Referencia, ... From
 /// InconsisImpTmp I"), read by a connection of its own. When the template
 /// `RutaBase` + `plantilla` is missing: MsgCritico with the system's words and
