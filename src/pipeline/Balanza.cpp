@@ -127,9 +127,9 @@ void PostaPolizasDelMes(Sesion& s, int mes) {
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         std::string poliza = SiNuloTexto(polizas["Poliza"]), tipo = SiNuloTexto(polizas["Tipo"]);
         Etiqueta(s, "Aplicando póliza num. " + poliza + " de " + tipo + " " + NombreDelMes(mes));
-        Consulta lineas = db.consulta(
-            "SELECT Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza=? ORDER BY rowid",
-            polizas["IdPoliza"]);
+        Consulta lineas =
+            db.consulta("SELECT Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza=? ORDER BY rowid",
+                        polizas["IdPoliza"]);
         for (lineas.primero(); !lineas.eof(); lineas.siguiente()) {
             std::string cuenta = SiNuloTexto(lineas["Cuenta"]);
             DestinoLinea destino = DestinoEnBalanza(s, cuenta, lineas["TipoMov"], lineas["Importe"]);
@@ -157,9 +157,12 @@ struct Entradas {
     const char* etiqueta;
 };
 
-const Entradas kAjustes{"Ajustes", "Ajustes_Detalle", "IdAjuste", "Ajuste_Debe", "Ajuste_Haber", "Aplicando Ajustes"};
-const Entradas kReclasificaciones{"Reclasificaciones", "Reclasificaciones_Detalle", "IdReclasificacion", "RCL_Debe",
-                                  "RCL_Haber",         "Aplicando Reclasificaciones"};
+// clang-format off
+const Entradas kAjustes{"Ajustes", "Ajustes_Detalle", "IdAjuste",
+                        "Ajuste_Debe", "Ajuste_Haber", "Aplicando Ajustes"};
+const Entradas kReclasificaciones{"Reclasificaciones", "Reclasificaciones_Detalle", "IdReclasificacion",
+                                  "RCL_Debe", "RCL_Haber", "Aplicando Reclasificaciones"};
+// clang-format on
 
 void AplicaEntradas(Sesion& s, const std::string& tabla, const Entradas& e) {
     BaseDatos& db = Empresa(s);
@@ -173,9 +176,9 @@ void AplicaEntradas(Sesion& s, const std::string& tabla, const Entradas& e) {
     size_t n = 0;
     for (cabeceras.primero(); !cabeceras.eof(); cabeceras.siguiente()) {
         Etiqueta(s, e.etiqueta);
-        Consulta lineas = db.consulta(std::string("SELECT Cuenta, Tipo, Importe FROM ") + e.detalle + " WHERE " + id +
-                                          "=? ORDER BY rowid",
-                                      cabeceras[id]);
+        Consulta lineas = db.consulta(
+            std::string("SELECT Cuenta, Tipo, Importe FROM ") + e.detalle + " WHERE " + id + "=? ORDER BY rowid",
+            cabeceras[id]);
         for (lineas.primero(); !lineas.eof(); lineas.siguiente()) {
             std::string cuenta = SiNuloTexto(lineas["Cuenta"]);
             auto fila = FilaDeCuenta(db, tabla, cuenta);
@@ -321,7 +324,8 @@ int NumeroDeMesDeTexto(const std::string& mes) {
 
 DestinoLinea DestinoEnBalanza(Sesion& s, const std::string& cuenta, const Valor& tipoMov, const Valor& importe) {
     BaseDatos& db = Empresa(s);
-    std::string movimiento = "No es posible registrar el movimiento " + SiNuloTexto(tipoMov) + ", " + TextoImporte(importe);
+    std::string movimiento =
+        "No es posible registrar el movimiento " + SiNuloTexto(tipoMov) + ", " + TextoImporte(importe);
     DestinoLinea d;
     auto fila = FilaDeCuenta(db, "Balanzas", cuenta);
     if (!fila)
@@ -381,9 +385,11 @@ void ObtieneSaldosBalanza(Sesion& s, const std::string& mes) {
                        ",0) - IFNULL(A" + mm + ",0)");
         }
         if (ultimo) {
-            db.ejecuta("UPDATE Balanzas SET Saldo_Ajustado = IFNULL(SdoFin13,0) + IFNULL(Ajuste_Debe,0) - "
-                       "IFNULL(Ajuste_Haber,0)");
-            db.ejecuta("UPDATE Balanzas SET Saldo_Final_Aud = Saldo_Ajustado + IFNULL(RCL_Debe,0) - IFNULL(RCL_Haber,0)");
+            db.ejecuta(
+                "UPDATE Balanzas SET Saldo_Ajustado = IFNULL(SdoFin13,0) + IFNULL(Ajuste_Debe,0) - "
+                "IFNULL(Ajuste_Haber,0)");
+            db.ejecuta(
+                "UPDATE Balanzas SET Saldo_Final_Aud = Saldo_Ajustado + IFNULL(RCL_Debe,0) - IFNULL(RCL_Haber,0)");
         }
     }
     t.confirma();

@@ -54,8 +54,13 @@ TEST(Balanza, CadaClaseDePolizaVaASuColumna) {
         {"abono de mes 13", {.fecha = {2023, 12, 31}, .mes13 = true}, "H", "1000", "A13", "1000", "900"},
         {"ajuste de apertura, cargo", {.fecha = {2023, 1, 1}, .ajuste = true}, "D", "1100", nullptr, "1100", "1100"},
         {"ajuste de apertura, abono", {.fecha = {2023, 1, 20}, .ajuste = true}, "H", "900", nullptr, "900", "900"},
-        {"mes 13 y ajuste: gana el mes 13", {.fecha = {2023, 12, 31}, .mes13 = true, .ajuste = true}, "D", "1000",
-         "C13", "1000", "1100"},
+        {"mes 13 y ajuste: gana el mes 13",
+         {.fecha = {2023, 12, 31}, .mes13 = true, .ajuste = true},
+         "D",
+         "1000",
+         "C13",
+         "1000",
+         "1100"},
         {"deshabilitada", {.fecha = {2023, 5, 1}, .deshabilitada = true}, "D", "1000", nullptr, "1000", "1000"},
         {"no cuadrada", {.fecha = {2023, 5, 1}, .cuadrada = false}, "D", "1000", nullptr, "1000", "1000"},
     };
@@ -123,8 +128,9 @@ TEST(Balanza, LineaQueNoPuedeRegistrarseSeAnotaYLaPolizaSigue) {
     }
     EXPECT_EQ(e.celda("Balanzas", "11", "C02"), M("0"));
     EXPECT_EQ(e.celda("Balanzas", "1101", "C02"), M("5.5"));
-    auto& etiquetas = e.progreso.etiquetas;
-    EXPECT_NE(std::find(etiquetas.begin(), etiquetas.end(), "Aplicando póliza num. 17 de Eg Febrero"), etiquetas.end());
+    const auto& etiquetas = e.progreso.etiquetas;
+    const std::string etiqueta = "Aplicando póliza num. 17 de Eg Febrero";
+    EXPECT_NE(std::find(etiquetas.begin(), etiquetas.end(), etiqueta), etiquetas.end());
 }
 
 TEST(Balanza, AjustesYReclasificacionesEnVigorSeAplicanUnaVez) {

@@ -17,7 +17,8 @@ EmpresaDePrueba::EmpresaDePrueba() {
     s.NombCortoEmpresa = "ACME";
     s.EjercicioActual = 2023;
     s.progreso = &progreso;
-    s.DbEmpresas = std::make_unique<BaseDatos>(RutaBaseDatos(carpeta.texto(), kArchivoEmpresas), BaseDatos::Modo::Crear);
+    s.DbEmpresas =
+        std::make_unique<BaseDatos>(RutaBaseDatos(carpeta.texto(), kArchivoEmpresas), BaseDatos::Modo::Crear);
     CreaEsquemaEmpresas(*s.DbEmpresas);
     s.DbEmpresas->ejecuta("INSERT INTO Empresas (IdEmpresa, NombCorto, Ejercicio, AuditoriaActual) VALUES (?,?,?,?)",
                           s.IdEmpresaActual, s.NombCortoEmpresa, 2023, 4);
@@ -46,8 +47,9 @@ void EmpresaDePrueba::cuentaTmp(const std::string& cuenta) {
 }
 
 void EmpresaDePrueba::cuenta(const std::string& cuenta, const std::string& tipo, const std::string& padre) {
-    s.DbEmpresa->ejecuta("INSERT INTO Cuentas (Cuenta, Descripcion, Naturaleza, Tipo, CuentaAcumulativa) VALUES (?,?,?,?,?)",
-                         cuenta, "Cuenta " + cuenta, "D", tipo, padre);
+    s.DbEmpresa->ejecuta(
+        "INSERT INTO Cuentas (Cuenta, Descripcion, Naturaleza, Tipo, CuentaAcumulativa) VALUES (?,?,?,?,?)", cuenta,
+        "Cuenta " + cuenta, "D", tipo, padre);
 }
 
 void EmpresaDePrueba::cuentaConSaldo(const std::string& c, Moneda saldo, const std::string& padre) {
@@ -72,7 +74,8 @@ void EmpresaDePrueba::linea(int idPoliza, const std::string& cuenta, const std::
                             const std::string& tabla) {
     s.DbEmpresa->ejecuta("INSERT INTO " + tabla +
                              " (IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?,?,?,?,?,"
-                             "(SELECT COUNT(*) + 1 FROM " + tabla + " WHERE IdPoliza=?))",
+                             "(SELECT COUNT(*) + 1 FROM " +
+                             tabla + " WHERE IdPoliza=?))",
                          idPoliza, cuenta, tipoMov, importe, "Ref " + cuenta, idPoliza);
 }
 
@@ -84,8 +87,8 @@ void EmpresaDePrueba::entrada(const std::string& tabla, int id, bool estatus, bo
     s.DbEmpresa->ejecuta("INSERT INTO " + tabla + " (" + clave + ", " + numero +
                              ", Concepto, Estatus, Contabilizado) VALUES (?,?,?,?,?)",
                          id, id, "Entrada", estatus, contabilizado);
-    s.DbEmpresa->ejecuta("INSERT INTO " + tabla + "_Detalle (" + clave + ", Cuenta, Tipo, Importe) VALUES (?,?,?,?)", id,
-                         cuenta, tipo, importe);
+    s.DbEmpresa->ejecuta("INSERT INTO " + tabla + "_Detalle (" + clave + ", Cuenta, Tipo, Importe) VALUES (?,?,?,?)",
+                         id, cuenta, tipo, importe);
 }
 
 void EmpresaDePrueba::mesesDeRevision(int previa1, int previa2, int previa3, int final, int auditoriaActual) {
@@ -115,8 +118,8 @@ std::vector<Inconsistencia> EmpresaDePrueba::inconsistencias() {
     Consulta c = s.DbEmpresa->consulta(
         "SELECT Referencia, FuenteError, ClasifError, Poliza, Tipo, Fecha, Cuenta FROM InconsisImpTmp ORDER BY rowid");
     for (c.primero(); !c.eof(); c.siguiente())
-        r.push_back({c.campo(0).texto(), c.campo(1).texto(), c.campo(2).texto(), c.campo(3).texto(),
-                     c.campo(4).texto(), c.campo(5).texto(), c.campo(6).texto()});
+        r.push_back({c.campo(0).texto(), c.campo(1).texto(), c.campo(2).texto(), c.campo(3).texto(), c.campo(4).texto(),
+                     c.campo(5).texto(), c.campo(6).texto()});
     return r;
 }
 
