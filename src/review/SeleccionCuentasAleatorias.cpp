@@ -64,8 +64,9 @@ Consulta Candidata(BaseDatos& db, const std::string& cuenta) {
                        cuenta);
 }
 
-// Registers again, in any month's order of the copy, each account drawn
-// before that is still a candidate; the others leave without a word.
+// Registers again, in the order of the copy and whatever their month, each
+// account drawn before that is still a candidate; the others leave without
+// a word.
 void ReseleccionaCuentasPrevias(Sesion& s, RegistroSeleccion& registro, Consulta& previas) {
     for (previas.primero(); !previas.eof(); previas.siguiente()) {
         Consulta c = Candidata(*s.DbEmpresa, SiNuloTexto(previas["Cuenta"]));
