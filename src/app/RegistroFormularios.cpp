@@ -1,11 +1,21 @@
 #include "app/RegistroFormularios.h"
 
+#include "app/frm082TextoGenericoSeparado.h"
+
 namespace velmorant::app {
 
 namespace {
 
+template <class Forma>
+FabricaFormulario Fabrica() {
+    return [](Sesion& s, QWidget* padre) { return std::make_unique<Forma>(s, padre); };
+}
+
+// The importer forms of this program.
 std::map<int, FabricaFormulario>& Registro() {
-    static std::map<int, FabricaFormulario> registro;
+    static std::map<int, FabricaFormulario> registro = {
+        {82, Fabrica<frm082TextoGenericoSeparado>()},
+    };
     return registro;
 }
 
