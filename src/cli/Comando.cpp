@@ -81,7 +81,11 @@ Argumentos Comando::analiza(const std::vector<std::string>& argv) const {
         if (r.tiene(nombre) && !op->repetible) throw ErrorUso("la opción --" + nombre + " se indicó dos veces");
         r.agrega(nombre, valor);
     }
-    if (r.posicionales().size() != argumentos().size()) {
+    // A last argument written "NAME..." takes one or more values.
+    auto esperados = argumentos();
+    bool variable = !esperados.empty() && esperados.back().size() > 3 &&
+                    esperados.back().compare(esperados.back().size() - 3, 3, "...") == 0;
+    if (variable ? r.posicionales().size() < esperados.size() : r.posicionales().size() != esperados.size()) {
         std::string esperado;
         for (auto& a : argumentos()) esperado += " " + a;
         throw ErrorUso("'" + nombre() + "' espera" + (esperado.empty() ? " ningún argumento" : esperado));

@@ -71,7 +71,8 @@ public:
     virtual std::string nombre() const = 0;
     virtual std::string descripcion() const = 0;
     virtual std::vector<Opcion> opciones() const { return {}; }
-    /// Positional arguments as shown in the usage line, e.g. "DIR".
+    /// Positional arguments as shown in the usage line, e.g. "DIR"; a last one
+    /// written "NAME..." takes one or more values.
     virtual std::vector<std::string> argumentos() const { return {}; }
     virtual int ejecuta(const Argumentos& args, Contexto& ctx) = 0;
 

@@ -1,0 +1,370 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "pipeline/Comparacion.h"
+#include "platform/BaseDatos.h"
+#include "session/Sesion.h"
+#include "store/AlmacenesTemporales.h"
+#include "store/DefinicionTablas.h"
+#include "store/EsquemaEmpresa.h"
+#include "support/Entorno.h"
+
+using namespace velmorant;
+
+namespace {
+
+// ------------------------------------------------------------ Data sets
+
+struct L {
+    int partida;
+    const char* cuenta;
+    const char* tipoMov;
+    const char* importe;
+    const char* referencia;
+};
+
+struct P {
+    const char* poliza;
+    const char* tipo;
+    const char* fecha;
+    const char* concepto;
+    bool mes13;
+    std::vector<L> lineas;
+};
+
+/// One expected row of the log: text, class, voucher, account.
+struct Fila {
+    std::string referencia, clasif, poliza, tipo, fecha, cuenta;
+    bool operator==(const Fila&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& o, const Fila& f) {
+    return o << "{\"" << f.referencia << "\", " << f.clasif << ", " << f.poliza << ", " << f.tipo << ", " << f.fecha
+             << ", \"" << f.cuenta << "\"}";
+}
+
+const char* const kCabecera = "La Póliza cambió en :";
+
+// A few vouchers used by several cases.
+const P kP1 = {"1", "Dr", "2023-01-10", "Compra de papeleria", false,
+               {{1, "1101", "D", "100", "Factura 10"}, {2, "2101", "H", "100", "Proveedor"}}};
+const P kP2 = {"2", "Ig", "2023-01-15", "Cobro", false,
+               {{1, "1102", "D", "50.5", "Deposito"}, {2, "4101", "H", "50.5", "Venta"}}};
+const P kFeb = {"7", "Dr", "2023-02-03", "Renta", false,
+                {{1, "6101", "D", "20", "Renta"}, {2, "1102", "H", "20", "Pago"}}};
+
+class Empresa {
+public:
+    Empresa() {
+        s_.RutaEmpresa = carpeta_.texto();
+        s_.DbEmpresa = std::make_unique<BaseDatos>(RutaBaseDatos(carpeta_.texto(), "EMPRESA"), BaseDatos::Modo::Crear);
+        CreaEsquemaEmpresa(*s_.DbEmpresa);
+        CreaPolizasTmp(s_);
+        CreaPolizasDetalleTmp(s_);
+        CreaInconsisImpTmp(s_);
+        EXPECT_TRUE(AbrePolizasTmp(s_));
+        EXPECT_TRUE(AbreInconsistencias(s_));
+    }
+    Sesion& sesion() { return s_; }
+    BaseDatos& db() { return *s_.DbEmpresa; }
+
+    void guarda(const std::vector<P>& polizas, bool enTmp) {
+        const std::string encabezados = enTmp ? "Polizas_Tmp" : "Polizas";
+        const std::string detalle = enTmp ? "Polizas_Detalle_Tmp" : "Polizas_Detalle";
+        Transaccion t(db());
+        int id = 0;
+        for (auto& p : polizas) {
+            ++id;
+            db().ejecuta("INSERT INTO " + encabezados +
+                             " (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, "
+                             "Poliza_Ajuste) VALUES (?, ?, ?, ?, ?, 0, -1, ?, 0)",
+                         id, p.poliza, p.tipo, p.fecha, p.concepto, p.mes13);
+            if (enTmp) db().ejecuta("UPDATE Polizas_Tmp SET Revisado=0 WHERE IdPoliza=?", id);
+            for (auto& l : p.lineas)
+                db().ejecuta("INSERT INTO " + detalle +
+                                 " (IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?, ?, ?, ?, ?, ?)",
+                             id, l.cuenta, l.tipoMov, *Moneda::desdeTexto(l.importe), l.referencia, l.partida);
+        }
+        t.confirma();
+    }
+
+    void comparaMeses(const std::vector<std::string>& meses) {
+        for (auto& mes : meses) {
+            ComparaPolizas(s_, mes);
+            ComparaPolizasNuevas(s_, mes);
+            ComparaPartidasNuevas(s_, mes);
+        }
+    }
+
+    std::vector<Fila> bitacora() {
+        std::vector<Fila> r;
+        Consulta c = db().consulta(
+            "SELECT Referencia, ClasifError, Poliza, Tipo, Fecha, Cuenta, FuenteError FROM InconsisImpTmp ORDER BY rowid");
+        for (c.primero(); !c.eof(); c.siguiente()) {
+            EXPECT_EQ(c["FuenteError"].texto(), "Pólizas");
+            r.push_back({c["Referencia"].texto(), c["ClasifError"].texto(), c["Poliza"].texto(), c["Tipo"].texto(),
+                         c["Fecha"].texto(), c["Cuenta"].texto()});
+        }
+        return r;
+    }
+
+    /// `Revisado` of each new voucher, in IdPoliza order, as "S"/"N".
+    std::string revisadas() {
+        std::string r;
+        Consulta c = db().consulta("SELECT Revisado FROM Polizas_Tmp ORDER BY IdPoliza");
+        for (c.primero(); !c.eof(); c.siguiente()) r += c["Revisado"].booleano() ? "S" : "N";
+        return r;
+    }
+
+private:
+    prueba::CarpetaTemporal carpeta_;
+    Sesion s_;
+};
+
+/// A copy of a voucher with some change applied.
+template <class F>
+P Con(P p, F cambio) {
+    cambio(p);
+    return p;
+}
+
+struct Caso {
+    const char* nombre;
+    std::vector<P> antes;
+    std::vector<P> despues;
+    std::vector<std::string> meses;
+    std::vector<Fila> esperado;
+    const char* revisadas;
+};
+
+void Verifica(const Caso& c) {
+    SCOPED_TRACE(c.nombre);
+    Empresa e;
+    e.guarda(c.antes, false);
+    e.guarda(c.despues, true);
+    e.comparaMeses(c.meses);
+    EXPECT_EQ(e.bitacora(), c.esperado);
+    EXPECT_EQ(e.revisadas(), c.revisadas);
+}
+
+}  // namespace
+
+TEST(Comparacion, PolizasDadasDeBajaYNuevasPorMes) {
+    const P movida = Con(kP2, [](P& p) { p.fecha = "2023-02-01"; });
+    const P cierre = {"99", "Dr", "2023-12-31", "Cierre", true, {{1, "3101", "D", "5", "Cierre"}}};
+    const P diciembre = {"50", "Eg", "2023-12-15", "Pago", false, {{1, "2101", "D", "5", "Pago"}}};
+    const Caso casos[] = {
+        {"primera importacion", {}, {kP1, kP2, kFeb}, {"01", "02"}, {}, "NNN"},
+        {"datos identicos", {kP1, kP2, kFeb, cierre}, {kP1, kP2, kFeb, cierre}, {"01", "02", "13"}, {}, "SSSS"},
+        {"fecha movida en un mes normal: baja y nueva",
+         {kP1, kP2, kFeb},
+         {kP1, movida, kFeb},
+         {"01", "02"},
+         {{"La Póliza se dio de baja.", "B", "2", "Ig", "2023-01-15", ""},
+          {"Póliza nueva.", "A", "2", "Ig", "2023-02-01", ""}},
+         "SNS"},
+        {"un mes que la empresa no tenia no da polizas nuevas",
+         {kP1},
+         {kP1, kFeb},
+         {"01", "02"},
+         {},
+         "SN"},
+        {"fecha movida en el mes 13: cambia en su lugar",
+         {cierre},
+         {Con(cierre, [](P& p) { p.fecha = "2023-12-30"; })},
+         {"13"},
+         {{kCabecera, "C", "99", "Dr", "2023-12-31", ""},
+          {"Fecha, Anterior -> 31/12/2023 Nueva -> 30/12/2023.", "C", "99", "Dr", "2023-12-31", ""}},
+         "S"},
+        // Month 12 walks only the ordinary vouchers, but its search for new
+        // ones takes every December voucher not yet paired.
+        {"las de cierre se ven nuevas en el paso de diciembre",
+         {diciembre, cierre},
+         {diciembre, cierre},
+         {"12", "13"},
+         {{"Póliza nueva.", "A", "99", "Dr", "2023-12-31", ""}},
+         "SS"},
+        {"poliza desaparecida y poliza agregada en el mismo mes",
+         {kP1, kP2},
+         {kP1, Con(kP2, [](P& p) { p.poliza = "3"; })},
+         {"01"},
+         {{"La Póliza se dio de baja.", "B", "2", "Ig", "2023-01-15", ""},
+          {"Póliza nueva.", "A", "3", "Ig", "2023-01-15", ""}},
+         "SN"},
+        // Both old vouchers find the first new one; the second new one stays new.
+        {"claves repetidas: el primero encontrado",
+         {kP1, Con(kP1, [](P& p) { p.concepto = "Otra"; })},
+         {kP1, Con(kP1, [](P& p) { p.concepto = "Otra"; })},
+         {"01"},
+         {{kCabecera, "C", "1", "Dr", "2023-01-10", ""},
+          {"Concepto, Anterior -> Otra Nuevo -> Compra de papeleria.", "C", "1", "Dr", "2023-01-10", ""},
+          {"Póliza nueva.", "A", "1", "Dr", "2023-01-10", ""}},
+         "SN"},
+        {"el numero se compara sin mayusculas", {Con(kP1, [](P& p) { p.poliza = "a-1"; })},
+         {Con(kP1, [](P& p) { p.poliza = "A-1"; })}, {"01"}, {}, "S"},
+    };
+    for (auto& c : casos) Verifica(c);
+}
+
+TEST(Comparacion, ApostrofeEnElNumeroDePoliza) {
+    const P conApostrofe = Con(kP1, [](P& p) { p.poliza = "A'1"; });
+    const P cierreConApostrofe = {"C'1", "Dr", "2023-12-31", "Cierre", true, {{1, "3101", "D", "5", "Cierre"}}};
+    const Caso casos[] = {
+        // In the ordinary months the key drops the apostrophe: the new text
+        // still holds it, so the stored voucher finds no partner.
+        {"mes normal, la clave lo quita",
+         {conApostrofe},
+         {conApostrofe},
+         {"01"},
+         {{"La Póliza se dio de baja.", "B", "A1", "Dr", "2023-01-10", ""},
+          {"Póliza nueva.", "A", "A1", "Dr", "2023-01-10", ""}},
+         "N"},
+        // A new number with the apostrophe finds the old one stored without it.
+        {"mes normal, guardada sin apostrofe",
+         {Con(kP1, [](P& p) { p.poliza = "A1"; })},
+         {Con(conApostrofe, [](P& p) { p.lineas.push_back({3, "5101", "D", "1", "Nueva"}); })},
+         {"01"},
+         {{"La Póliza se dio de baja.", "B", "A1", "Dr", "2023-01-10", ""},
+          {"Póliza nueva.", "A", "A1", "Dr", "2023-01-10", ""},
+          {kCabecera, "C", "A1", "Dr", "2023-01-10", ""},
+          {"Se incluyó una nueva partida.", "C", "A1", "Dr", "2023-01-10", "5101"}},
+         "N"},
+        {"mes 13, la clave lo conserva", {cierreConApostrofe}, {cierreConApostrofe}, {"13"}, {}, "S"},
+    };
+    for (auto& c : casos) Verifica(c);
+}
+
+TEST(Comparacion, PartidasDeUnaPolizaEmparejada) {
+    const P tres = {"5", "Dr", "2023-03-08", "Gastos", false,
+                    {{1, "6101", "D", "100", "Luz"}, {2, "6102", "D", "50", "Agua"}, {3, "1102", "H", "150", "Banco"}}};
+    const char* F = "2023-03-08";
+    const Caso casos[] = {
+        {"lineas intercambiadas con la misma Partida",
+         {tres},
+         {Con(tres, [](P& p) { p.lineas = {{1, "6102", "D", "50", "Agua"}, {2, "6101", "D", "100", "Luz"},
+                                           {3, "1102", "H", "150", "Banco"}}; })},
+         {"03"},
+         {{kCabecera, "C", "5", "Dr", F, ""},
+          {"Partida: 1 Cuenta -> Anterior: 6101  Nueva: 6102", "C", "5", "Dr", F, "6101"},
+          {"Partida: 1 Importe -> Anterior: $100.00 Nuevo: $50.00", "C", "5", "Dr", F, "6101"},
+          {"Partida: 1 Referencia -> Anterior: Luz  Nuevo: Agua", "C", "5", "Dr", F, "6101"},
+          {"Partida: 2 Cuenta -> Anterior: 6102  Nueva: 6101", "C", "5", "Dr", F, "6102"},
+          {"Partida: 2 Importe -> Anterior: $50.00 Nuevo: $100.00", "C", "5", "Dr", F, "6102"},
+          {"Partida: 2 Referencia -> Anterior: Agua  Nuevo: Luz", "C", "5", "Dr", F, "6102"}},
+         "S"},
+        {"lineas intercambiadas con su Partida",
+         {tres},
+         {Con(tres, [](P& p) { p.lineas = {{3, "1102", "H", "150", "Banco"}, {2, "6102", "D", "50", "Agua"},
+                                           {1, "6101", "D", "100", "Luz"}}; })},
+         {"03"},
+         {},
+         "S"},
+        // Old 2 meets new 2 (the old third line); old 3 has no partner by
+        // position and finds its content at new 2.
+        {"linea de en medio borrada y el resto renumerado",
+         {tres},
+         {Con(tres, [](P& p) { p.lineas = {{1, "6101", "D", "100", "Luz"}, {2, "1102", "H", "150", "Banco"}}; })},
+         {"03"},
+         {{kCabecera, "C", "5", "Dr", F, ""},
+          {"Partida: 2 Cuenta -> Anterior: 6102  Nueva: 1102", "C", "5", "Dr", F, "6102"},
+          {"Partida: 2 Tipo de Movimiento -> Anterior: D  Nuevo: H", "C", "5", "Dr", F, "6102"},
+          {"Partida: 2 Importe -> Anterior: $50.00 Nuevo: $150.00", "C", "5", "Dr", F, "6102"},
+          {"Partida: 2 Referencia -> Anterior: Agua  Nuevo: Banco", "C", "5", "Dr", F, "6102"}},
+         "S"},
+        {"ultima linea borrada: baja sin cabecera",
+         {tres},
+         {Con(tres, [](P& p) { p.lineas.pop_back(); })},
+         {"03"},
+         {{"La Partida : 3, Referencia: Banco, Abono por $150.00 de la póliza se dió de baja.", "C", "5", "Dr", F,
+           "1102"}},
+         "S"},
+        {"linea borrada con una gemela entre las nuevas",
+         {Con(tres, [](P& p) { p.lineas.push_back({4, "6101", "D", "100", "Luz"}); })},
+         {tres},
+         {"03"},
+         {},
+         "S"},
+        {"crece con una cuenta nueva",
+         {kP1},
+         {Con(kP1, [](P& p) { p.lineas.push_back({3, "1103", "D", "0", "IVA"}); })},
+         {"01"},
+         {{kCabecera, "C", "1", "Dr", "2023-01-10", ""},
+          {"Se incluyó una nueva partida.", "C", "1", "Dr", "2023-01-10", "1103"}},
+         "S"},
+        {"crece con una cuenta que ya tenia",
+         {kP1},
+         {Con(kP1, [](P& p) { p.lineas.push_back({3, "1101", "D", "0", "Ajuste"}); })},
+         {"01"},
+         {},
+         "S"},
+        {"concepto y linea cambiados: una sola cabecera",
+         {kP1},
+         {Con(kP1, [](P& p) {
+             p.concepto = "Compra de papeleria y toner";
+             p.lineas[1].importe = "100.01";
+         })},
+         {"01"},
+         {{kCabecera, "C", "1", "Dr", "2023-01-10", ""},
+          {"Concepto, Anterior -> Compra de papeleria Nuevo -> Compra de papeleria y toner.", "C", "1", "Dr",
+           "2023-01-10", ""},
+          {"Partida: 2 Importe -> Anterior: $100.00 Nuevo: $100.01", "C", "1", "Dr", "2023-01-10", "2101"}},
+         "S"},
+        // The heading of a reference change carries the line's account.
+        {"solo la referencia cambia",
+         {kP1},
+         {Con(kP1, [](P& p) { p.lineas[0].referencia = "Factura 11"; })},
+         {"01"},
+         {{kCabecera, "C", "1", "Dr", "2023-01-10", "1101"},
+          {"Partida: 1 Referencia -> Anterior: Factura 10  Nuevo: Factura 11", "C", "1", "Dr", "2023-01-10",
+           "1101"}},
+         "S"},
+        {"referencia nueva con blancos y apostrofe limpiados es igual",
+         {Con(kP1, [](P& p) { p.lineas[0].referencia = "OBrien"; })},
+         {Con(kP1, [](P& p) { p.lineas[0].referencia = " O'Brien  "; })},
+         {"01"},
+         {},
+         "S"},
+        // The concept is compared as it is, uncleaned: the stored one was cleaned.
+        {"concepto nuevo con apostrofe",
+         {Con(kP1, [](P& p) { p.concepto = "Pago a OBrien"; })},
+         {Con(kP1, [](P& p) { p.concepto = "Pago a O'Brien"; })},
+         {"01"},
+         {{kCabecera, "C", "1", "Dr", "2023-01-10", ""},
+          {"Concepto, Anterior -> Pago a OBrien Nuevo -> Pago a O'Brien.", "C", "1", "Dr", "2023-01-10", ""}},
+         "S"},
+    };
+    for (auto& c : casos) Verifica(c);
+}
+
+TEST(Comparacion, ElTextoLargoSeCortaALoQueCabeEnLaBitacora) {
+    const std::string largo(200, 'x');
+    Empresa e;
+    e.guarda({kP1}, false);
+    e.guarda({Con(kP1, [&](P& p) { p.concepto = largo.c_str(); })}, true);
+    e.comparaMeses({"01"});
+    auto filas = e.bitacora();
+    ASSERT_EQ(filas.size(), 2u);
+    EXPECT_EQ(filas[1].referencia.size(), 150u);
+    EXPECT_EQ(filas[1].referencia.rfind("Concepto, Anterior -> Compra de papeleria Nuevo -> xxx", 0), 0u);
+}
+
+TEST(Comparacion, LaEtiquetaNombraCadaPolizaYCede) {
+    struct Grabado : ProgresoMudo {
+        std::vector<std::string> etiquetas;
+        int cesiones = 0;
+        void etiqueta(const std::string& t) override { etiquetas.push_back(t); }
+        void cede() override { ++cesiones; }
+    } progreso;
+    Empresa e;
+    e.sesion().progreso = &progreso;
+    e.guarda({kP1, kP2}, false);
+    e.guarda({kP1}, true);
+    ComparaPolizas(e.sesion(), "01");
+    EXPECT_EQ(progreso.etiquetas,
+              (std::vector<std::string>{"Comparando Pol. 1, Dr, Enero", "Comparando Pol. 2, Ig, Enero"}));
+    EXPECT_EQ(progreso.cesiones, 2);
+}
