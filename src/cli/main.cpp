@@ -1,6 +1,6 @@
 // velmorant-cli: the core, headless, for automation and support.
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <iostream>
 #include <memory>
@@ -93,10 +93,24 @@ int Ejecuta(std::vector<std::string> args) {
     }
 }
 
+// The offscreen platform warns when a headless session has no runtime
+// folder; that says nothing to the user of a command line.
+QtMessageHandler gManejadorQt = nullptr;
+void FiltraMensajesQt(QtMsgType tipo, const QMessageLogContext& contexto, const QString& texto) {
+    if (texto.startsWith("QStandardPaths: XDG_RUNTIME_DIR not set")) return;
+    if (gManejadorQt) gManejadorQt(tipo, contexto, texto);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
+    // A gui application renders the reports to PDF; offscreen, it needs no
+    // display (Windows always has its own platform).
+#ifndef _WIN32
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
+    gManejadorQt = qInstallMessageHandler(FiltraMensajesQt);
+    QGuiApplication app(argc, argv);
     std::vector<std::string> args(argv + 1, argv + argc);
     try {
         return Ejecuta(args);

@@ -9,8 +9,12 @@ namespace velmorant {
 
 enum class TipoMensaje { Critico, Aviso, Informacion, Pregunta };
 
+/// A report ready to be shown: rows, variables and template (pipeline/Reportes.h).
+struct Reporte;
+
 /// The answer at the inconsistency form (`frm000MsgInconsistencias`).
-enum class DecisionInconsistencias { VerReporte, Continuar, Cancelar };
+/// `Cerrar`: the form was closed by its window frame, which sets nothing.
+enum class DecisionInconsistencias { VerReporte, Continuar, Cancelar, Cerrar };
 /// The answer at the end-of-run form (`frm000MsgInconsistenciasFin`).
 enum class DecisionFinal { VerDetalle, Terminar };
 
@@ -46,6 +50,10 @@ public:
         (void)titulo;
         return DecisionFinal::Terminar;
     }
+
+    /// Shows a report on screen, where the user may print or save it, and
+    /// returns when it is closed. A front end without a viewer does nothing.
+    virtual void muestraReporte(const Reporte& reporte) { (void)reporte; }
 };
 
 /// Progress of a long step: a label, a bar, and a yield point where the

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "pipeline/Reportes.h"
 #include "platform/BaseDatos.h"
 #include "session/Enlaces.h"
 #include "session/Funciones.h"
@@ -19,6 +20,7 @@ std::string CreaBase(const std::string& carpeta) {
     BaseDatos enlaces(RutaBaseDatos(base, kArchivoEnlaces), BaseDatos::Modo::Crear);
     CreaEsquemaEnlaces(enlaces);
     ActualizaCatalogoEnlaces(enlaces);
+    InstalaPlantillasReporte(base);
     return base;
 }
 

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <map>
 
 #include "platform/Ajustes.h"
 #include "store/AlmacenesTemporales.h"
@@ -298,13 +297,6 @@ TEST_F(AlmacenesTemporales, BorraTemporalesDentroDeUnaTransaccionDejaLoQueSigueA
     EXPECT_EQ(s.DbCuentasTmp, nullptr);
     EXPECT_TRUE(fs::exists(RutaAlmacen(s, kCuentasTmp)));
     EXPECT_FALSE(fs::exists(RutaAlmacen(s, kPolizasTmp)));
-}
-
-TEST_F(AlmacenesTemporales, LasDescripcionesDanLosAnchosDelLog) {
-    const DefTabla& t = TablaInconsisImpTmp();
-    std::map<std::string, int> anchos{{"Referencia", 150}, {"FuenteError", 30}, {"ClasifError", 1}, {"Poliza", 20},
-                                      {"Tipo", 10},        {"Cuenta", 50},      {"Cuenta_Fmtda", 61}};
-    for (auto& [campo, ancho] : anchos) EXPECT_EQ(LongitudCampo(t, campo), ancho) << campo;
 }
 
 }  // namespace

@@ -1,0 +1,114 @@
+// `velmorant-cli inconsistencias` run as a user would, on a company whose
+// log has rows.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "store/AlmacenesTemporales.h"
+#include "support/Entorno.h"
+
+using namespace velmorant;
+namespace fs = std::filesystem;
+
+namespace {
+
+class InconsistenciasCli : public ::testing::Test {
+protected:
+    prueba::CarpetaTemporal dir;
+
+    struct Resultado {
+        int estado;
+        std::string salida;
+    };
+    Resultado Corre(const std::string& argumentos) {
+        std::string cmd = "XDG_CONFIG_HOME='" + dir.texto() + "config' '" VELMORANT_CLI "' --base '" + base() +
+                          "' --empresa DEMO --ejercicio 2025 " + argumentos + " </dev/null 2>&1";
+        Resultado r{-1, ""};
+        FILE* p = popen(cmd.c_str(), "r");
+        if (!p) return r;
+        std::array<char, 4096> b;
+        size_t n;
+        while ((n = fread(b.data(), 1, b.size(), p)) > 0) r.salida.append(b.data(), n);
+        int st = pclose(p);
+        r.estado = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+        return r;
+    }
+    std::string base() { return dir.texto() + "base"; }
+    std::string empresa() { return base() + "/2025_DEMO/"; }
+
+    void SetUp() override {
+        std::string crea = "XDG_CONFIG_HOME='" + dir.texto() + "config' '" VELMORANT_CLI "' base crear '" + base() +
+                           "' >/dev/null 2>&1 && XDG_CONFIG_HOME='" + dir.texto() + "config' '" VELMORANT_CLI
+                           "' --base '" + base() +
+                           "' empresa crear --nombre-corto DEMO --nombre 'Demo, S.A.' --ejercicio 2025 "
+                           "--formato 999-99-99 --separador - --niveles 3,2,2 >/dev/null 2>&1";
+        ASSERT_EQ(std::system(crea.c_str()), 0);
+        Sesion s;
+        s.RutaEmpresa = empresa();
+        CreaInconsisImpTmp(s);
+        BaseDatos log(RutaAlmacen(s, kInconsisImpTmp));
+        log.ejecuta("INSERT INTO InconsisImpTmp (Referencia, FuenteError, ClasifError, Poliza, Tipo, Fecha, Cuenta, "
+                    "Cuenta_Fmtda) VALUES ('Póliza nueva.', 'Pólizas', 'A', '15', 'Diario', '2025-02-28', "
+                    "'1000102', '100-01-02')");
+        log.ejecuta("INSERT INTO InconsisImpTmp (Referencia, FuenteError, ClasifError, Cuenta, Cuenta_Fmtda) VALUES "
+                    "('Se dió de Alta una nueva Cuenta: 1050000', 'Catálogo de Cuentas', 'A', '1050000', "
+                    "'105-00-00')");
+    }
+};
+
+std::string Lee(const fs::path& p) {
+    std::ifstream f(p, std::ios::binary);
+    std::ostringstream o;
+    o << f.rdbuf();
+    return o.str();
+}
+
+TEST_F(InconsistenciasCli, SinSalidaMuestraElLogComoTabla) {
+    auto r = Corre("inconsistencias");
+    ASSERT_EQ(r.estado, 0) << r.salida;
+    for (const char* esperado : {"Empresa: Demo, S.A.", "Origen", "Pólizas", "28/02/2025", "100-01-02",
+                                 "Se dió de Alta una nueva Cuenta: 1050000", "2 registros"})
+        EXPECT_NE(r.salida.find(esperado), std::string::npos) << esperado << "\n" << r.salida;
+
+    auto d = Corre("inconsistencias --detalle");
+    ASSERT_EQ(d.estado, 0) << d.salida;
+    EXPECT_NE(d.salida.find("No hay registros de cédulas analíticas perdidos."), std::string::npos) << d.salida;
+}
+
+TEST_F(InconsistenciasCli, ConSalidaEscribePdfYCsv) {
+    std::string pdf = dir.texto() + "resumen.pdf";
+    auto r = Corre("inconsistencias --salida '" + pdf + "'");
+    ASSERT_EQ(r.estado, 0) << r.salida;
+    EXPECT_NE(r.salida.find("2 registros"), std::string::npos) << r.salida;
+    ASSERT_EQ(std::system(("pdftotext '" + pdf + "' '" + pdf + ".txt'").c_str()), 0);
+    std::string texto = Lee(pdf + ".txt");
+    EXPECT_NE(texto.find("Demo, S.A."), std::string::npos) << texto;
+    EXPECT_NE(texto.find("Póliza nueva."), std::string::npos) << texto;
+
+    std::string csv = dir.texto() + "resumen.csv";
+    ASSERT_EQ(Corre("inconsistencias --salida '" + csv + "'").estado, 0);
+    std::string t = Lee(csv);
+    EXPECT_NE(t.find("Empresa,\"Demo, S.A.\""), std::string::npos) << t;
+    EXPECT_NE(t.find("Catálogo de Cuentas"), std::string::npos) << t;
+}
+
+TEST_F(InconsistenciasCli, ErroresDeUsoYPlantillaAusente) {
+    auto mal = Corre("inconsistencias --salida '" + dir.texto() + "r.txt'");
+    EXPECT_EQ(mal.estado, 2) << mal.salida;
+    EXPECT_NE(mal.salida.find(".pdf, .html o .csv"), std::string::npos) << mal.salida;
+
+    fs::remove(base() + "/055.html");
+    auto sin = Corre("inconsistencias --detalle --salida '" + dir.texto() + "d.pdf'");
+    EXPECT_EQ(sin.estado, 1) << sin.salida;
+    EXPECT_NE(sin.salida.find("El archivo 055.html fue removido de su ubicación original"), std::string::npos)
+        << sin.salida;
+    EXPECT_FALSE(fs::exists(dir.texto() + "d.pdf"));
+}
+
+}  // namespace
