@@ -1,26 +1,42 @@
 #include "app/InteraccionQt.h"
 
+#include <QApplication>
+#include <QDir>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QStringList>
 
 namespace velmorant::app {
 
+QWidget* InteraccionQt::ventana() const {
+    if (QWidget* modal = QApplication::activeModalWidget()) return modal;
+    if (QWidget* activa = QApplication::activeWindow()) return activa;
+    return padre_;
+}
+
+QString TextoDeMensaje(const std::string& texto) {
+    QString t = QString::fromStdString(texto);
+    t.replace("\r\n", "\n");
+    t.replace('\r', '\n');
+    while (t.endsWith('\n')) t.chop(1);
+    return t;
+}
+
 bool InteraccionQt::mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) {
     QString t = QString::fromStdString(titulo);
-    QString x = QString::fromStdString(texto);
+    QString x = TextoDeMensaje(texto);
     switch (tipo) {
         case TipoMensaje::Critico:
-            QMessageBox::critical(padre_, t, x);
+            QMessageBox::critical(ventana(), t, x);
             return false;
         case TipoMensaje::Aviso:
-            QMessageBox::warning(padre_, t, x);
+            QMessageBox::warning(ventana(), t, x);
             return false;
         case TipoMensaje::Informacion:
-            QMessageBox::information(padre_, t, x);
+            QMessageBox::information(ventana(), t, x);
             return false;
         case TipoMensaje::Pregunta:
-            return QMessageBox::question(padre_, t, x, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+            return QMessageBox::question(ventana(), t, x, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
     }
     return false;
 }
@@ -37,8 +53,14 @@ QString FiltroQt(const std::string& filtro) {
 }
 
 std::string InteraccionQt::eligeArchivo(const std::string& filtro, const std::string& titulo) {
-    return QFileDialog::getOpenFileName(padre_, QString::fromStdString(titulo), QString(), FiltroQt(filtro))
-        .toStdString();
+    return eligeArchivoEn(filtro, titulo, "");
+}
+
+std::string InteraccionQt::eligeArchivoEn(const std::string& filtro, const std::string& titulo,
+                                          const std::string& carpeta) {
+    QString ruta = QFileDialog::getOpenFileName(ventana(), QString::fromStdString(titulo),
+                                                QString::fromStdString(carpeta), FiltroQt(filtro));
+    return QDir::toNativeSeparators(ruta).toStdString();
 }
 
 }  // namespace velmorant::app

@@ -1,26 +1,36 @@
 #pragma once
-// The desktop program's answer to the core: message boxes and the file
-// dialog, parented to the form in hand.
+// The desktop program's answer to the core: message boxes, the file dialog
+// and the modal forms of a run, parented to the form in hand.
 
 #include <QWidget>
 
 #include "session/Interaccion.h"
+#include "session/Sesion.h"
 
 namespace velmorant::app {
 
 class InteraccionQt : public Interaccion {
 public:
     explicit InteraccionQt(QWidget* padre = nullptr) : padre_(padre) {}
+    /// The window that owns the boxes when no modal form is open.
     void padre(QWidget* p) { padre_ = p; }
 
     bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) override;
     std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
+    std::string eligeArchivoEn(const std::string& filtro, const std::string& titulo,
+                               const std::string& carpeta) override;
 
 private:
     QWidget* padre_;
+    /// The open modal form, else the active window, else `padre_`.
+    QWidget* ventana() const;
 };
 
 /// "desc|pattern|desc|pattern" as a Qt file dialog filter.
 QString FiltroQt(const std::string& filtro);
+
+/// A message as a box shows it: the system's CR and CR LF become line
+/// breaks, and the trailing ones are dropped.
+QString TextoDeMensaje(const std::string& texto);
 
 }  // namespace velmorant::app

@@ -1,10 +1,13 @@
 // velmorant: the desktop program. It takes no arguments: the company and
-// year come from the settings the audit product leaves behind.
+// year come from the settings the audit product leaves behind. One run
+// serves one company, one year and one importer: when the importer form
+// closes, the program ends.
 
 #include <QApplication>
 
 #include "app/InteraccionQt.h"
 #include "app/frm000ImportarInicio.h"
+#include "session/Funciones.h"
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
 
@@ -12,20 +15,22 @@ using namespace velmorant;
 
 int main(int argc, char** argv) {
     QApplication aplicacion(argc, argv);
+    QApplication::setApplicationName("VELMORANT");
+    QApplication::setApplicationVersion(QString::fromStdString(VersionDelPrograma()));
     app::InteraccionQt interaccion;
     Sesion sesion;
     sesion.interaccion = &interaccion;
     try {
         IniciaSesion(sesion);
     } catch (const ProgramaTerminado&) {
-        return 3;  // the message has been shown
+        return 3;  // its message has been shown
     } catch (const std::exception& e) {
-        interaccion.mensaje(TipoMensaje::Critico, "VELMORANT Ver. " + VersionDelPrograma(), e.what());
+        ReportaError(sesion, e, true);
         return 3;
     }
     app::frm000ImportarInicio inicio(sesion);
     interaccion.padre(&inicio);
     inicio.muestraSesion();
     inicio.exec();
-    return 0;
+    return inicio.temporalesBorrados() ? 0 : 3;
 }

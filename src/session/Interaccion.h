@@ -30,6 +30,14 @@ public:
     /// Returns the chosen path, or an empty text when the user cancels.
     virtual std::string eligeArchivo(const std::string& filtro, const std::string& titulo) = 0;
 
+    /// The same dialog, opened in `carpeta` (an importer's picker). By
+    /// default the folder is ignored.
+    virtual std::string eligeArchivoEn(const std::string& filtro, const std::string& titulo,
+                                       const std::string& carpeta) {
+        (void)carpeta;
+        return eligeArchivo(filtro, titulo);
+    }
+
     /// The modal decision after the log has rows. `VerReporte` is answered
     /// by showing the summary report and asking again.
     virtual DecisionInconsistencias decideInconsistencias(const std::string& titulo) {

@@ -1,0 +1,28 @@
+#pragma once
+// The importer form of each link, by `IdSistema`. The link selector opens
+// the form registered here; a link without one ends the session.
+
+#include <QDialog>
+
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "session/Sesion.h"
+
+namespace velmorant::app {
+
+/// Result code of an importer form whose work ended the program (its
+/// message already shown): the session ends at once, without clearing the
+/// temporary stores.
+inline constexpr int kProgramaTerminado = 2;
+
+using FabricaFormulario = std::function<std::unique_ptr<QDialog>(Sesion&, QWidget* padre)>;
+
+/// Registers (or replaces) the form of a link.
+void RegistraFormulario(int idSistema, FabricaFormulario fabrica);
+
+/// The form of the link, or null when the link has none.
+std::unique_ptr<QDialog> CreaFormularioImportador(int idSistema, Sesion& s, QWidget* padre);
+
+}  // namespace velmorant::app

@@ -1,0 +1,106 @@
+#include "app/frm082TextoGenericoSeparado.h"
+
+#include "session/Funciones.h"
+
+namespace velmorant::app {
+
+DescripcionMarco DescripcionTextoGenerico() {
+    const std::string filtro = "*.txt|*.txt";
+    DescripcionMarco d;
+    d.idSistema = 82;
+    d.titulo = "Texto Generico delimitado por caracter";
+    d.archivos = {
+        {"eloRutaArchCat", "cmdCatalogo", "Catálogo de cuentas",
+         {"Búsqueda del Archivo *.TXT - Catálogo de cuentas", filtro, kClaveCatalogo},
+         &ArchivosImportacion::catalogo,
+         "Especifique por favor el archivo que contiene el Catalogo de cuentas",
+         "cmdCancelar"},
+        {"eloRutaArchSaldosIni", "cmdSaldosIni", "Saldos iniciales",
+         {"Búsqueda del Archivo *.TXT - Saldos iniciales", filtro, kClaveSaldosIniciales},
+         &ArchivosImportacion::saldosIniciales,
+         "",
+         ""},
+    };
+    d.meses = true;
+    d.selectorMes = {"Búsqueda del Archivo de Pólizas del mes de ", filtro, kClavePolizasMes};
+    d.anioAnterior = ArchivoDelMarco{"eloRutaArchSdosFinalesAnioAnt",
+                                     "cmdSaldosFinAnioAnt",
+                                     "Saldos finales año anterior",
+                                     {"Búsqueda del Archivo *.TXT - Saldos finales año anterior", filtro,
+                                      kClaveSaldosAnioAnterior},
+                                     &ArchivosImportacion::saldosAnioAnterior,
+                                     "Especifique por favor el archivo que contiene los saldos finales del año anterior",
+                                     ""};
+    return d;
+}
+
+frm082TextoGenericoSeparado::frm082TextoGenericoSeparado(Sesion& sesion, QWidget* padre)
+    : MarcoImportador(sesion, DescripcionTextoGenerico(), padre) {
+    setObjectName("frm082TextoGenericoSeparado");
+
+    fraSeparador = new QGroupBox("Separador de columnas", this);
+    fraSeparador->setObjectName("fraSeparador");
+    optTabulacion = new QRadioButton("Texto separado por Tabuladores", fraSeparador);
+    optTabulacion->setObjectName("optTabulacion");
+    optOtro = new QRadioButton("Texto separado por:", fraSeparador);
+    optOtro->setObjectName("optOtro");
+    cboSeparador = new QComboBox(fraSeparador);
+    cboSeparador->setObjectName("cboSeparador");
+    cboSeparador->setEditable(true);
+    cboSeparador->addItems({"^", "|", "~"});
+    cboSeparador->setCurrentIndex(0);
+    cboSeparador->setMinimumContentsLength(4);
+    auto* zonaSeparador = new QHBoxLayout(fraSeparador);
+    zonaSeparador->addWidget(optTabulacion);
+    zonaSeparador->addSpacing(24);
+    zonaSeparador->addWidget(optOtro);
+    zonaSeparador->addWidget(cboSeparador);
+    zonaSeparador->addStretch();
+    zonaPropia()->addWidget(fraSeparador);
+
+    chkUnArchivo = new QCheckBox("Un solo archivo", this);
+    chkUnArchivo->setObjectName("chkUnArchivo");
+    cabeceraMeses()->addWidget(chkUnArchivo);
+    cabeceraMeses()->addStretch();
+    connect(chkUnArchivo, &QCheckBox::clicked, this,
+            [this](bool marcado) { Protege([this, marcado] { chkUnArchivo_Click(marcado); }); });
+}
+
+std::string frm082TextoGenericoSeparado::Separador() const {
+    if (optTabulacion->isChecked()) return "\t";
+    if (optOtro->isChecked()) return cboSeparador->currentText().toStdString();
+    return "";
+}
+
+bool frm082TextoGenericoSeparado::mesDisponible(int mes) const { return mes == 1 || !chkUnArchivo->isChecked(); }
+
+void frm082TextoGenericoSeparado::chkUnArchivo_Click(bool marcado) {
+    // With one file for the year only the first row stays; the others are
+    // hidden and forget their files.
+    for (int i = 1; i < 12; ++i) {
+        if (marcado) {
+            chkMes[i]->setChecked(false);
+            MuestraRuta(eloPathMes[i], "");
+        }
+        chkMes[i]->setVisible(!marcado);
+        eloPathMes[i]->setVisible(!marcado);
+        cmdAbrirMes[i]->setVisible(!marcado);
+    }
+}
+
+bool frm082TextoGenericoSeparado::ValidaPropios() {
+    if (optTabulacion->isChecked() || optOtro->isChecked()) return true;
+    MsgInformacion(sesion_, "Especifique por favor el caracter separador");
+    optOtro->setFocus();
+    return false;
+}
+
+bool frm082TextoGenericoSeparado::ValidaPolizas() {
+    if (!chkUnArchivo->isChecked()) return MarcoImportador::ValidaPolizas();
+    if (!eloPathMes[0]->text().isEmpty()) return true;
+    MsgInformacion(sesion_, "Especifique por favor la ubicación del archivo que contiene las pólizas");
+    cmdAbrirMes[0]->setFocus();
+    return false;
+}
+
+}  // namespace velmorant::app
