@@ -152,7 +152,7 @@ std::string Derecha(const std::string& t, size_t n) {
     return t.substr(Izquierda(t, total - n).size());
 }
 
-void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemilla& semilla) {
+void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemillaCedula& semilla) {
     const std::string cuenta = SiNuloTexto(regla["CtaIntegracion"]);
     const std::string descripcion = SiNuloTexto(regla["Descripcion"]);
     const double porcentaje = regla["Porcentaje"].real();
@@ -225,7 +225,7 @@ void QuitaMarcaDescripcion(Sesion& s) {
     }
 }
 
-void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemilla& semilla) {
+void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemillaCedula& semilla) {
     BaseDatos& db = *s.DbEmpresa;
     QuitaMarcaDescripcion(s);
     Consulta reglas =

@@ -22,7 +22,7 @@ namespace velmorant {
 
 /// The seed of the random draws of criteria 10 and 11. The run seeds from the
 /// seconds since midnight before each draw; tests give a fixed source.
-using FuenteSemilla = std::function<std::uint32_t()>;
+using FuenteSemillaCedula = std::function<std::uint32_t()>;
 /// Seconds since local midnight, the clock of the draws.
 std::uint32_t SegundosDesdeMedianoche();
 
@@ -35,7 +35,7 @@ void ActualizaTotalCtaAnalitica(Sesion& s, int mes);
 /// `CedAnaliticaMaster`, saving it first and bringing the reviewer's work back
 /// after. With no rule the schedule is left untouched. Marks `PorRevisar` of
 /// each rule's account. Reads `UltimoMesImportado` and `UltimoMesNuevo`.
-void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemilla& semilla = SegundosDesdeMedianoche);
+void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemillaCedula& semilla = SegundosDesdeMedianoche);
 
 /// Drops a trailing "*" from each `Descripcion` of `CedAnaliticaMaster`
 /// (blanks trimmed first; the text left is not trimmed again).
@@ -74,12 +74,12 @@ void SeleccionaMovimientosRevisados(Sesion& s, const std::string& cuenta, int id
 /// Criterion 10: earlier rows of normal sign, then a sample of the new months.
 void SeleccionaMovimientosAleatorios(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                      int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                     const FuenteSemilla& semilla = SegundosDesdeMedianoche);
+                                     const FuenteSemillaCedula& semilla = SegundosDesdeMedianoche);
 /// Criterion 11: as 10 over all signs, optionally debits or credits only;
 /// rows are added without remarks.
 void SeleccionaMovimientosAleatoriosTipo(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                          int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                         const FuenteSemilla& semilla = SegundosDesdeMedianoche);
+                                         const FuenteSemillaCedula& semilla = SegundosDesdeMedianoche);
 
 /// Criteria 2 and 8 whole: one or two percentage walks across
 /// `UltimoMesImportado`, then the rule's `Porcentaje`, `TotalCta` and
@@ -108,6 +108,6 @@ std::string DatoDePoliza(Sesion& s, std::int64_t idPoliza, const std::string& ca
 /// each draw and drawing again on a repeat; the very first draw cannot give 0.
 /// When `cuantas` reaches `total` (or exceeds it) the whole pool is returned,
 /// in order, instead of drawing.
-std::vector<int> SorteaPosicionesMovimientos(int total, int cuantas, const FuenteSemilla& semilla);
+std::vector<int> SorteaPosicionesMovimientos(int total, int cuantas, const FuenteSemillaCedula& semilla);
 
 }  // namespace velmorant

@@ -136,7 +136,7 @@ bool IgualSinMayusculas(const std::string& a, const std::string& b) {
 // Draws the sample of the new movements and registers it. Returns how many
 // were drawn, or nothing when fewer than three movements stand to be drawn.
 std::optional<int> RegistraMuestra(RegistroCedula& registro, const std::vector<FilaMovimiento>& nuevos,
-                                   double porcentaje, int idCriterio, const FuenteSemilla& semilla) {
+                                   double porcentaje, int idCriterio, const FuenteSemillaCedula& semilla) {
     const int n = static_cast<int>(nuevos.size());
     if (n < 3) return std::nullopt;
     const int muestra = static_cast<int>(RedondeaAlPar(porcentaje * n / 100.0, 0));
@@ -160,7 +160,7 @@ long Cuenta(Sesion& s, const std::string& sql, const std::vector<Valor>& paramet
 
 }  // namespace
 
-std::vector<int> SorteaPosicionesMovimientos(int total, int cuantas, const FuenteSemilla& semilla) {
+std::vector<int> SorteaPosicionesMovimientos(int total, int cuantas, const FuenteSemillaCedula& semilla) {
     std::vector<int> sorteadas;
     if (total <= 0 || cuantas <= 0) return sorteadas;
     if (cuantas >= total) {
@@ -182,7 +182,7 @@ std::vector<int> SorteaPosicionesMovimientos(int total, int cuantas, const Fuent
 
 void SeleccionaMovimientosAleatorios(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                      int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                     const FuenteSemilla& semilla) {
+                                     const FuenteSemillaCedula& semilla) {
     BaseDatos& db = *s.DbEmpresa;
     const long poblacion = Cuenta(s,
                                   "SELECT rowid FROM SelecPolizas_DetalleTmp WHERE Cuenta = ? AND ImporteAbs > 0 "
@@ -218,7 +218,7 @@ void SeleccionaMovimientosAleatorios(Sesion& s, double porcentaje, const std::st
 
 void SeleccionaMovimientosAleatoriosTipo(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                          int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                         const FuenteSemilla& semilla) {
+                                         const FuenteSemillaCedula& semilla) {
     BaseDatos& db = *s.DbEmpresa;
     const bool todos = descripcion.find("Cargos y Abonos") != std::string::npos;
     const bool cargos = !todos && descripcion.find("Cargos") != std::string::npos;

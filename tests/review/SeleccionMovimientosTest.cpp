@@ -367,7 +367,7 @@ TEST_F(SeleccionMovimientos, LaReglaDiezTomaLosRevisadosYNoSorteaNadaNuevo) {
 
 TEST_F(SeleccionMovimientos, ElSorteoDaPosicionesDistintasYUnaBolsaPequenaSeTomaEntera) {
     int reloj = 41000;
-    FuenteSemilla fija = [&] { return static_cast<std::uint32_t>(reloj); };  // the same second every time
+    FuenteSemillaCedula fija = [&] { return static_cast<std::uint32_t>(reloj); };  // the same second every time
     for (int total : {2, 3, 10, 50}) {
         for (int cuantas = 0; cuantas <= total + 2; ++cuantas) {
             SCOPED_TRACE(std::to_string(cuantas) + " de " + std::to_string(total));
