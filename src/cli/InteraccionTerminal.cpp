@@ -4,6 +4,8 @@
 
 #include <iostream>
 
+#include "pipeline/Reportes.h"
+
 namespace velmorant::cli {
 
 std::string TextoParaTerminal(const std::string& texto) {
@@ -70,7 +72,23 @@ std::string InteraccionTerminal::eligeArchivo(const std::string& filtro, const s
     return leeLinea(titulo + " — ruta del archivo (" + filtro + "), vacío para cancelar: ");
 }
 
+void InteraccionTerminal::muestraReporte(const Reporte& r) {
+    errores_ << r.titulo << " — " << r.variable("NombreEmp") << "\n";
+    for (auto& fila : r.filas) {
+        std::string linea;
+        for (size_t i = 0; i < fila.size(); ++i)
+            if (!fila[i].empty()) linea += (linea.empty() ? "" : " | ") + fila[i];
+        errores_ << "  " << linea << "\n";
+    }
+    errores_ << r.filas.size() << " renglones\n";
+}
+
 DecisionInconsistencias InteraccionTerminal::decideInconsistencias(const std::string& titulo) {
+    if (antesDeDecidir_) {
+        auto f = std::move(antesDeDecidir_);
+        antesDeDecidir_ = nullptr;
+        f();
+    }
     if (decision_) return *decision_;
     if (!hayTerminal()) {
         errores_ << titulo << ": hay inconsistencias y no se indicó --continuar ni --cancelar; sin terminal, se cancela.\n";

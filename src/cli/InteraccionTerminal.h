@@ -3,6 +3,7 @@
 // (information to stdout); questions and file choices are asked on the
 // terminal when there is one, and otherwise answered from flags or refused.
 
+#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -18,10 +19,14 @@ public:
     bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) override;
     std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
     DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+    /// Prints the report's rows on stderr, one finding a line.
+    void muestraReporte(const Reporte& reporte) override;
 
     /// The answer to every question when no terminal is attached.
     void respuestaPreguntas(std::optional<bool> r) { respuesta_ = r; }
     void decisionInconsistencias(std::optional<DecisionInconsistencias> d) { decision_ = d; }
+    /// Runs once before the inconsistency decision (e.g. to write the report).
+    void antesDeDecidir(std::function<void()> f) { antesDeDecidir_ = std::move(f); }
     bool hayTerminal() const;
     /// The last critical or warning text shown, for the closing status line.
     const std::string& ultimoMensaje() const { return ultimo_; }
@@ -32,6 +37,7 @@ private:
     std::optional<bool> respuesta_;
     std::optional<DecisionInconsistencias> decision_;
     std::string ultimo_;
+    std::function<void()> antesDeDecidir_;
     std::string leeLinea(const std::string& indicacion);
 };
 

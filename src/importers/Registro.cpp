@@ -3,7 +3,7 @@
 namespace velmorant {
 
 const std::set<int>& ImportadoresDisponibles() {
-    static const std::set<int> disponibles = {};
+    static const std::set<int> disponibles = {82};
     return disponibles;
 }
 

@@ -35,20 +35,6 @@ bool Empieza(const std::vector<std::string>& columnas, const std::vector<std::st
 
 }  // namespace
 
-bool ExisteCuentaTmpProvisional(Sesion& s, const std::string& cuenta) {
-    Sentencia& st = Abierto(s.DbCuentasTmp, "CuentasTmp")
-                        .preparada("SELECT 1 FROM CuentasTmp.Cuentas WHERE CuentaSinSeparadores = ? LIMIT 1");
-    st.con(cuenta);
-    bool existe = st.paso();
-    st.reinicia();
-    return existe;
-}
-
-long SiguienteIdPolizaProvisional(Sesion& s) {
-    Valor v = Abierto(s.DbPolizasTmp, "Polizas_Tmp").escalar("SELECT MAX(IdPoliza) FROM Polizas_Tmp.Polizas_Tmp");
-    return v.esNulo() ? 1 : static_cast<long>(v.entero()) + 1;
-}
-
 void AseguraIndicesPolizasTmp(Sesion& s) {
     BaseDatos& db = Abierto(s.DbPolizasTmp, "Polizas_Tmp");
     bool porId = false, porIdentidad = false;

@@ -4,6 +4,8 @@
 
 #include "accounts/CodigosCuenta.h"
 #include "layouts/ConsultasTmp.h"
+#include "pipeline/Catalogo.h"
+#include "pipeline/Polizas.h"
 #include "layouts/TextoComun.h"
 #include "pipeline/Inconsistencias.h"
 #include "platform/ArchivoTexto.h"
@@ -264,7 +266,7 @@ public:
         if (id != 0) {
             partida = UltimaPartidaTmp(s_, id);
         } else {
-            id = SiguienteIdPolizaProvisional(s_);
+            id = SiguienteIdPoliza(s_);
             db_.preparada("INSERT INTO Polizas_Tmp.Polizas_Tmp (IdPoliza, Poliza, Tipo, Fecha, Concepto, "
                           "Poliza_Deshabilitada, Poliza_Mes13, Poliza_Ajuste, Cuadrada, Revisado) "
                           "VALUES (?, ?, ?, ?, ?, 0, 0, 0, 0, 0)")
@@ -278,7 +280,7 @@ public:
                       "(IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?, ?, ?, ?, ?, ?)")
             .con(id, cuenta, mov_.TipoMov, mov_.Importe, QuitaCaracteresEspeciales(referencia), ++partida)
             .ejecuta();
-        if (!ExisteCuentaTmpProvisional(s_, cuenta) && !ExisteInconsistenciaCuenta(s_, cuenta))
+        if (!ExisteCuentaTmp(s_, cuenta) && !ExisteInconsistenciaCuenta(s_, cuenta))
             RegistraInconsistencia(s_,
                                    "No se registró  el movimiento " + mov_.TipoMov + " ," + mov_.Importe.formatoMoneda() +
                                        " de la Póliza, ya que la Cuenta no existe.",

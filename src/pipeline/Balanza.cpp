@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "accounts/CodigosCuenta.h"
+#include "store/EsquemaEmpresa.h"
 #include "pipeline/Inconsistencias.h"
 #include "session/Funciones.h"
 
@@ -23,7 +24,13 @@ BaseDatos& Empresa(Sesion& s) {
     return *s.DbEmpresa;
 }
 
+// The company table: through the company connection while a run's commit
+// has it attached (its writes then share the run's transaction), else
+// through the session's own connection.
 BaseDatos& BaseEmpresas(Sesion& s) {
+    if (s.DbEmpresa && !s.DbEmpresa->escalar("SELECT 1 FROM pragma_database_list WHERE name = ?", kAliasEmpresasRun)
+                            .esNulo())
+        return *s.DbEmpresa;
     if (!s.DbEmpresas) throw std::logic_error("La base de datos de empresas no está abierta");
     return *s.DbEmpresas;
 }

@@ -2,6 +2,7 @@
 
 #include "accounts/CodigosCuenta.h"
 #include "accounts/Jerarquia.h"
+#include "importers/Marco.h"
 #include "pipeline/Balanza.h"
 #include "pipeline/Catalogo.h"
 #include "pipeline/Comparacion.h"
@@ -25,7 +26,7 @@ namespace {
 
 // The company table is attached to the company connection for the commit,
 // so that its writes and the company's share one atomic transaction.
-constexpr const char* kAliasEmpresas = "BaseEmpresas";
+constexpr const char* kAliasEmpresas = kAliasEmpresasRun;
 
 std::string DosDigitos(int mes) { return (mes < 10 ? "0" : "") + std::to_string(mes); }
 
@@ -351,18 +352,6 @@ ResultadoImportacion EjecutaImportacion(Sesion& s, Importador& importador, const
 ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador, const std::string& ruta,
                                                const OpcionesEjecucion& opciones) {
     return Corrida(s, importador, opciones).saldosAnioAnterior(ruta);
-}
-
-bool CompletaSeleccionArchivos(Sesion& s, const std::array<std::string, 12>& meses) {
-    int ultimo = MesesConPolizas(*s.DbEmpresa);
-    if (ultimo == 0) return true;
-    for (int mes = PrimerMesConPolizas(*s.DbEmpresa); mes <= ultimo; ++mes) {
-        if (mes >= 1 && mes <= 12 && meses[static_cast<size_t>(mes - 1)].empty()) {
-            MsgInformacion(s, "Es necesario completar la selección de archivos a importar");
-            return false;
-        }
-    }
-    return true;
 }
 
 bool MesYaImportado(Sesion& s, const std::string& mes) {

@@ -42,9 +42,6 @@ ResultadoImportacion EjecutaImportacion(Sesion& s, Importador& importador, const
 ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador, const std::string& ruta,
                                                const OpcionesEjecucion& opciones = {});
 
-/// True when the company has no vouchers, or every month from the first to
-/// the last one it holds has a path; else says what is missing.
-bool CompletaSeleccionArchivos(Sesion& s, const std::array<std::string, 12>& meses);
 /// The period of the new vouchers reaches the last imported month and
 /// overlaps what is imported.
 bool ValidaPeriodo(Sesion& s);

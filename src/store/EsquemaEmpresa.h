@@ -15,6 +15,9 @@ namespace velmorant {
 /// Base names of the stores; the engine's extension is added by RutaBaseDatos.
 inline constexpr const char* kArchivoEmpresas = "Empresas";
 inline constexpr const char* kArchivoEnlaces = "VELMORANT";
+/// Alias under which a run's commit attaches `Empresas` to the company
+/// connection, so that both files change in one transaction.
+inline constexpr const char* kAliasEmpresasRun = "BaseEmpresas";
 
 /// `carpeta` + `nombreBase` + the engine's extension.
 std::string RutaBaseDatos(const std::string& carpeta, const std::string& nombreBase);

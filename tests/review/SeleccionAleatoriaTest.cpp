@@ -55,7 +55,7 @@ std::uint64_t SemillaPara(int posicion, int n, std::uint64_t desde = 1) {
         if (PosicionSorteada(s, n) == posicion) return s;
 }
 
-FuenteSemillaCedula DeLista(std::deque<std::uint64_t> semillas) {
+FuenteSemilla DeLista(std::deque<std::uint64_t> semillas) {
     auto q = std::make_shared<std::deque<std::uint64_t>>(std::move(semillas));
     return [q] {
         std::uint64_t s = q->front();

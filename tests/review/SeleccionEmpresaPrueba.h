@@ -19,7 +19,7 @@ namespace velmorant::prueba {
 inline Moneda M(const char* t) { return *Moneda::desdeTexto(t); }
 
 /// Seeds 1, 2, 3 ... one per call.
-inline FuenteSemillaCedula SemillasContadas() {
+inline FuenteSemilla SemillasContadas() {
     auto n = std::make_shared<std::uint64_t>(0);
     return [n] { return ++*n; };
 }
@@ -106,7 +106,7 @@ protected:
 
     /// The rebuild as the run drives it: stores attached first, then every
     /// review month inside the run's transaction.
-    void ReconstruyeComoLaImportacion(const FuenteSemillaCedula& semillas = SemillasContadas()) {
+    void ReconstruyeComoLaImportacion(const FuenteSemilla& semillas = SemillasContadas()) {
         PreparaAlmacenesSeleccion(s);
         Transaccion t(db());
         ActualizaTotalCtaSeleccion(s, s.MesesRevision.back());
