@@ -1,20 +1,54 @@
 #!/usr/bin/env bash
-# The main job on the bundled demo: installs what is missing, builds, creates
-# a demo base with the company DEMO, opens it as the audit product would (so
-# that `velmorant` starts on it) and shows the session.
+# The main job on the bundled demo: installs what is missing and builds;
+# writes the demo client's year with the generator; creates a demo base with
+# the company DEMO and opens it as the audit product would (so that
+# `velmorant` starts on it); imports the year through the delimited-text
+# link; then imports it again from the client's second delivery, shows what
+# changed, and checks the trial balance each time.
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${VELMORANT_BUILD:-$ROOT/build}"
 DEMO="${VELMORANT_DEMO:-$ROOT/demo}"
 "$ROOT/scripts/setup.sh"
 CLI="$BUILD/src/velmorant-cli"
+GENERA="$BUILD/tools/velmorant-genera-demo"
 
-echo "== Demo base in $DEMO"
 rm -rf "$DEMO"
-"$CLI" base crear "$DEMO"
-"$CLI" --base "$DEMO" empresa crear --nombre-corto DEMO --nombre "Comercializadora Demo, S.A. de C.V." \
+echo "== The client's books (generated, always the same bytes)"
+"$GENERA" "$DEMO/archivos/entrega1"
+"$GENERA" "$DEMO/archivos/entrega2" --variante 2
+
+echo "== Demo base and company in $DEMO/base"
+"$CLI" base crear "$DEMO/base"
+"$CLI" --base "$DEMO/base" empresa crear --nombre-corto DEMO --nombre "Comercializadora Demo, S.A. de C.V." \
   --ejercicio 2025 --formato 999-99-99 --separador - --niveles 3,2,2 --cat-arbol --rellena-ceros \
   --meses-revision 6,0,0,12
-"$CLI" --base "$DEMO" empresa abrir DEMO 2025
-echo "== Session"
+"$CLI" --base "$DEMO/base" empresa abrir DEMO 2025
 "$CLI" sesion
+
+echo "== The layout of the client's files"
+"$CLI" configuracion crear DEMO --enlace 82 --si \
+  PIniCuenta=1 PIniDescripcion=2 PIniNaturaleza=3 PIniNivel=4 PIniSdoIni=6 \
+  PIniNumPol=1 PIniTipo=2 PIniDia=3 PIniMes=4 PIniAnio=5 PIniCtaPol=6 PIniRef=7 PIniConcept=8 \
+  PIniCargo=9 PIniAbono=10
+
+importa() {
+  local dir="$1"
+  local meses=() i=1
+  for m in ENE FEB MZO ABR MAY JUN JUL AGO SEP OCT NOV DIC; do
+    meses+=(--mes "$(printf %02d $i)=$dir/pol_$m.txt")
+    i=$((i + 1))
+  done
+  "$CLI" importar --enlace 82 --separador '|' --configuracion DEMO --catalogo "$dir/catalogo.txt" \
+    "${meses[@]}" --continuar --reporte "$dir/inconsistencias.pdf"
+}
+
+echo "== First import of the year"
+importa "$DEMO/archivos/entrega1"
+"$CLI" resumen
+
+echo "== Re-import from the client's second delivery"
+importa "$DEMO/archivos/entrega2"
+"$CLI" inconsistencias
+"$CLI" resumen
+echo "== Done. The desktop program starts on the demo company: $BUILD/src/velmorant"

@@ -190,6 +190,14 @@ private:
             suma += c.saldo;
         }
         capital->saldo = -suma;
+        // A parent shows the sum of its children, as a client's chart does.
+        for (int nivel = 2; nivel >= 1; --nivel)
+            for (auto& padre : cuentas_) {
+                if (padre.nivel != nivel) continue;
+                padre.saldo = Moneda();
+                for (auto& hija : cuentas_)
+                    if (hija.padre == padre.codigo) padre.saldo += hija.saldo;
+            }
     }
 
     void escribeCatalogo(const std::filesystem::path& ruta) {
