@@ -1,0 +1,211 @@
+// The whole run through link 82 on small files: what a first import
+// leaves, the period check, the decision at the inconsistency form, and the
+// commit's atomicity when it breaks midway or the process dies.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "layouts/ImportadorTextoDelimitado.h"
+#include "pipeline/Importacion.h"
+#include "pipeline/ReportesDecisiones.h"
+#include "session/Inicio.h"
+#include "session/ProgramaTerminado.h"
+#include "store/AltaBase.h"
+#include "store/AlmacenesTemporales.h"
+#include "store/EsquemaEmpresa.h"
+#include "support/Entorno.h"
+
+using namespace velmorant;
+
+namespace {
+
+const char* kCatalogo =
+    "Cuenta|Descripcion|Naturaleza|Saldo\n"
+    "100-00-00|Activo|D|1000\n"
+    "100-01-00|Bancos|D|1000\n"
+    "100-01-01|Banco uno|D|1000\n"
+    "100-01-02|Banco dos|D|0\n"
+    "400-00-00|Ventas|A|-1000\n"
+    "400-01-00|Ventas nacionales|A|-1000\n"
+    "400-01-01|Mostrador|A|-1000\n";
+
+std::string Mes(int mes, int polizas) {
+    std::string t = "Poliza|Tipo|Dia|Mes|Anio|Cuenta|Ref|Concepto|Cargo|Abono\n";
+    for (int p = 1; p <= polizas; ++p) {
+        std::string fecha = std::to_string(p) + "|" + std::to_string(mes) + "|2025";
+        t += std::to_string(p) + "|Dr|" + fecha + "|100-01-01|cobro|Venta " + std::to_string(p) + "|200|0\n";
+        t += std::to_string(p) + "|Dr|" + fecha + "|400-01-01|venta|Venta " + std::to_string(p) + "|0|200\n";
+    }
+    return t;
+}
+
+std::string LeeBytes(const std::string& ruta) {
+    std::ifstream f(ruta, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>());
+}
+
+class ImportacionTest : public ::testing::Test {
+protected:
+    prueba::AjustesAislados ajustes;
+    prueba::CarpetaTemporal dir;
+    prueba::InteraccionGuionada ui;
+    Sesion s;
+    ArchivosImportacion archivos;
+
+    void SetUp() override {
+        std::string base = CreaBase(dir.texto() + "base");
+        DatosEmpresaNueva d;
+        d.nombreCorto = "ACME";
+        d.nombre = "Acme";
+        d.ejercicio = 2025;
+        d.formatoCta = "999-99-99";
+        d.separador = "-";
+        d.niveles = {3, 2, 2};
+        d.catArbol = true;
+        CreaEmpresa(base, d);
+        escribe("catalogo.txt", kCatalogo);
+        archivos.catalogo = dir.texto() + "catalogo.txt";
+        for (int mes = 1; mes <= 5; ++mes) usaMes(mes, 3);
+        inicia();
+    }
+    void inicia() {
+        s = Sesion();
+        s.interaccion = &ui;
+        IniciaSesion(s, {dir.texto() + "base", "ACME", "2025"});
+    }
+    void escribe(const std::string& nombre, const std::string& texto) { std::ofstream(dir.texto() + nombre) << texto; }
+    void usaMes(int mes, int polizas) {
+        std::string nombre = "pol" + std::to_string(mes) + ".txt";
+        escribe(nombre, Mes(mes, polizas));
+        archivos.meses[static_cast<size_t>(mes - 1)] = dir.texto() + nombre;
+    }
+    ImportadorTextoDelimitado importador() {
+        LecturaDelimitada l;
+        l.separador = "|";
+        auto& c = l.config;
+        c.PIniCuenta = 1, c.PIniDescripcion = 2, c.PIniNaturaleza = 3, c.PIniSdoIni = 4;
+        c.PIniNumPol = 1, c.PIniTipo = 2, c.PIniDia = 3, c.PIniMes = 4, c.PIniAnio = 5, c.PIniCtaPol = 6;
+        c.PIniRef = 7, c.PIniConcept = 8, c.PIniCargo = 9, c.PIniAbono = 10;
+        return ImportadorTextoDelimitado(l, false);
+    }
+    ResultadoImportacion importa(const OpcionesEjecucion& op = {}) {
+        auto imp = importador();
+        return EjecutaImportacion(s, imp, archivos, op);
+    }
+    std::string archivoEmpresa() { return ArchivoEmpresa(s.RutaEmpresa, "ACME", 2025); }
+    std::string archivoEmpresas() { return RutaBaseDatos(s.RutaBase, kArchivoEmpresas); }
+    Valor escalar(const std::string& sql) { return s.DbEmpresa->escalar(sql); }
+};
+
+}  // namespace
+
+TEST_F(ImportacionTest, PrimeraImportacionDejaCatalogoPolizasYBalanza) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(ui.mensajes.back().texto,
+              "La importación de la información correspondiente a la empresa \r\nAcme  finalizó con éxito.");
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Cuentas").entero(), 7);
+    EXPECT_EQ(escalar("SELECT group_concat(Cuenta) FROM (SELECT Cuenta FROM Cuentas WHERE Tipo='A' ORDER BY 1)").texto(),
+              "100,10001,400,40001");
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas_Detalle").entero(), 30);
+    // 1000 opening plus five months of 3 × 200 collected.
+    EXPECT_EQ(escalar("SELECT SdoFin05 FROM Balanzas WHERE Cuenta='1000101'").moneda().texto(), "4000");
+    EXPECT_EQ(escalar("SELECT SdoFin05 FROM Balanzas WHERE Cuenta='100'").moneda().texto(), "4000");
+    EXPECT_EQ(escalar("SELECT SdoFin05 FROM Balanzas WHERE Cuenta='400'").moneda().texto(), "-4000");
+    EXPECT_TRUE(escalar("SELECT name FROM pragma_database_list WHERE name='BaseEmpresas'").esNulo())
+        << "the company table is detached after the commit";
+    EXPECT_EQ(s.DbEmpresas->escalar("SELECT IdSistema FROM Empresas").entero(), 82);
+}
+
+TEST_F(ImportacionTest, UnaFallaEnMedioDelCommitDejaLaEmpresaIntacta) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    usaMes(2, 4);  // a second delivery: one voucher more in February
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    const std::string antesEmpresa = LeeBytes(archivoEmpresa()), antesEmpresas = LeeBytes(archivoEmpresas());
+    OpcionesEjecucion falla;
+    falla.antesDePaso = [](const std::string& paso) {
+        if (paso == "AplicaPolizasABalanza 03") throw std::runtime_error("disco lleno");
+    };
+    EXPECT_EQ(importa(falla), ResultadoImportacion::Fallida);
+    ASSERT_FALSE(ui.mensajes.empty());
+    EXPECT_NE(ui.mensajes.back().texto.find("falló el paso AplicaPolizasABalanza 03"), std::string::npos)
+        << ui.mensajes.back().texto;
+    EXPECT_NE(ui.mensajes.back().texto.find("disco lleno"), std::string::npos);
+    s.DbEmpresa.reset();
+    s.DbEmpresas.reset();
+    EXPECT_EQ(LeeBytes(archivoEmpresa()), antesEmpresa);
+    EXPECT_EQ(LeeBytes(archivoEmpresas()), antesEmpresas);
+}
+
+TEST_F(ImportacionTest, UnProcesoMuertoEnMedioDelCommitNoDejaLaEmpresaAMedias) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    usaMes(4, 1);
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    const std::string antes = LeeBytes(archivoEmpresa());
+    OpcionesEjecucion muere;
+    muere.antesDePaso = [](const std::string& paso) {
+        if (paso == "GuardaPolizas 04") std::abort();
+    };
+    EXPECT_DEATH(importa(muere), "");
+    // The next open finds the journal the dead process left and undoes it.
+    inicia();
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
+    s.DbEmpresa.reset();
+    s.DbEmpresas.reset();
+    EXPECT_EQ(LeeBytes(archivoEmpresa()), antes);
+}
+
+TEST_F(ImportacionTest, UnPeriodoQueNoLlegaAlUltimoMesImportadoSeRehusa) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    struct Caso {
+        std::vector<int> meses;
+        ResultadoImportacion esperado;
+    } casos[] = {
+        {{1, 2, 3}, ResultadoImportacion::ArchivosFaltantes},  // a re-import must cover months 1 to 5
+    };
+    for (auto& c : casos) {
+        archivos.meses = {};
+        for (int m : c.meses) usaMes(m, 3);
+        inicia();
+        ui.mensajes.clear();
+        EXPECT_EQ(importa(), c.esperado);
+        ASSERT_FALSE(ui.mensajes.empty());
+        EXPECT_EQ(ui.mensajes.back().texto, "Es necesario completar la selección de archivos a importar");
+    }
+    // The months' files all given, but the one of May holds only April's
+    // vouchers: the new period stops before the last imported month.
+    escribe("pol5.txt", Mes(4, 1));
+    for (int m = 1; m <= 5; ++m) archivos.meses[static_cast<size_t>(m - 1)] = dir.texto() + (m == 5 ? "pol5.txt" : "pol" + std::to_string(m) + ".txt");
+    for (int m = 1; m <= 4; ++m) usaMes(m, 3);
+    inicia();
+    ui.mensajes.clear();
+    EXPECT_EQ(importa(), ResultadoImportacion::PeriodoInvalido);
+    ASSERT_FALSE(ui.mensajes.empty());
+    EXPECT_NE(ui.mensajes.back().texto.find("la última importación se realizó al mes de MAYO"), std::string::npos)
+        << ui.mensajes.back().texto;
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
+}
+
+TEST_F(ImportacionTest, CancelarEnLasInconsistenciasDejaLaEmpresaYElLog) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    usaMes(3, 2);  // a voucher dropped in March
+    inicia();
+    const std::string antes = LeeBytes(archivoEmpresa());
+    ui.decisiones = {DecisionInconsistencias::Cancelar};
+    EXPECT_THROW(importa(), ProgramaTerminado);
+    EXPECT_EQ(ui.mensajes.back().texto, kMensajeImportacionCancelada);
+    EXPECT_TRUE(HayInconsistencias(s.RutaEmpresa));
+    s.DbEmpresa.reset();
+    s.DbEmpresas.reset();
+    EXPECT_EQ(LeeBytes(archivoEmpresa()), antes);
+
+    // Continuing instead commits the second delivery.
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    EXPECT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 14);
+}
