@@ -108,6 +108,18 @@ DefTabla SeleccionDetalle() {
             {{"Cuenta_MesRevision", {"Cuenta", "MesRevision"}}}};
 }
 
+// One row per random draw of an account sample, so the auditor can show
+// how a sample was made: the rule, the population, every seed the draw
+// used and the accounts that came out.
+DefTabla HistorialSorteos() {
+    return {"HistorialSorteos",
+            {{"IdSorteo", T::Contador}, Texto("FechaHora", 19), Long("IdCriterio"), Integer("MesRevision"),
+             Texto("CtaIntegracion", 50), Texto("Descripcion", 255), Integer("Porcentaje"), Long("Poblacion"),
+             Moneda("TotalPoblacion"), Long("Muestra"), Long("Previas"), Long("PorSortear"), Long("Disponibles"),
+             Booleano("PoolCompleto"), Memo("Semillas"), Memo("Posiciones"), Memo("Cuentas")},
+            {{"CtaIntegracion_MesRevision", {"CtaIntegracion", "MesRevision"}}}};
+}
+
 DefTabla CedAnaliticaMaster() {
     return {"CedAnaliticaMaster",
             {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), Moneda("SaldoMayorA"),
@@ -174,6 +186,7 @@ const std::vector<DefTabla>& TablasEmpresa() {
         EntradasDetalle("Reclasificaciones_Detalle", "IdReclasificacion"),
         SeleccionMaster(),
         SeleccionDetalle(),
+        HistorialSorteos(),
         CedAnaliticaMaster(),
         CedAnalitica(),
         UUIDAnalitica(),

@@ -1,0 +1,333 @@
+#include "pipeline/Catalogo.h"
+
+#include <algorithm>
+#include <cctype>
+#include <set>
+#include <stdexcept>
+
+#include "accounts/CodigosCuenta.h"
+#include "pipeline/Inconsistencias.h"
+#include "session/Funciones.h"
+#include "store/AlmacenesTemporales.h"
+
+namespace velmorant {
+
+namespace {
+
+/// Width of `InconsisImpTmp.Referencia`: a finding longer than that (a long
+/// description quoted in full) is cut, so that the row is written.
+constexpr size_t kLargoReferencia = 150;
+/// Characters of a description that the company keeps.
+constexpr size_t kLargoDescripcion = 60;
+
+/// The first `n` characters (not bytes) of a UTF-8 text.
+std::string Izquierda(const std::string& t, size_t n) {
+    size_t i = 0;
+    for (size_t contados = 0; i < t.size() && contados < n; ++contados) {
+        auto c = static_cast<unsigned char>(t[i]);
+        i += c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 1;
+    }
+    return t.substr(0, std::min(i, t.size()));
+}
+
+std::string RecortaBlancos(const std::string& t) {
+    size_t a = t.find_first_not_of(' ');
+    if (a == std::string::npos) return "";
+    return t.substr(a, t.find_last_not_of(' ') - a + 1);
+}
+
+/// The description as the company keeps it: cleaned, cut, trimmed.
+std::string DescripcionEmpresa(const Valor& descripcion) {
+    return RecortaBlancos(Izquierda(QuitaCaracteresEspeciales(SiNuloTexto(descripcion)), kLargoDescripcion));
+}
+
+void Registra(Sesion& s, const std::string& referencia, int fuente, const std::string& clasif,
+              const std::string& cuenta) {
+    RegistraInconsistencia(s, Izquierda(referencia, kLargoReferencia), fuente, clasif, "", "", std::nullopt, cuenta);
+}
+
+/// The first store row with this key, or an empty recordset.
+Consulta FilaTmp(BaseDatos& db, const std::string& campos, const Valor& cuenta) {
+    return db.consulta("SELECT " + campos +
+                           " FROM CuentasTmp.Cuentas WHERE CuentaSinSeparadores = ? ORDER BY rowid LIMIT 1",
+                       cuenta);
+}
+
+/// The first company row with this code, or an empty recordset.
+Consulta FilaEmpresa(BaseDatos& db, const std::string& tabla, const std::string& campos, const Valor& cuenta) {
+    return db.consulta("SELECT " + campos + " FROM " + tabla + " WHERE Cuenta = ? ORDER BY rowid LIMIT 1", cuenta);
+}
+
+bool TablaVacia(BaseDatos& db, const std::string& tabla) {
+    return db.escalar("SELECT 1 FROM " + tabla + " LIMIT 1").esNulo();
+}
+
+/// The store's level if it has one, else the level the code uses.
+int NivelDeFila(Sesion& s, const Consulta& fila) {
+    std::int64_t nivel = fila["Nivel"].entero();
+    if (nivel != 0) return static_cast<int>(nivel);
+    return CalculaNivelCuenta(s, SiNuloTexto(fila["CuentaSinSeparadores"]), false);
+}
+
+std::string Minusculas(std::string t) {
+    for (char& c : t) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return t;
+}
+
+void CompararCuenta(Sesion& s, BaseDatos& db, const Consulta& empresa) {
+    const Valor& cuenta = empresa["Cuenta"];
+    Consulta tmp = FilaTmp(db, "rowid AS Fila, Descripcion, Saldo", cuenta);
+    if (tmp.vacia()) {
+        Registra(s, "Se dio de Baja la cuenta, no existe referencia de ésta en el Nuevo Catálogo.", kFuenteCatalogo,
+                 "B", SiNuloTexto(cuenta));
+        return;
+    }
+    db.ejecuta("UPDATE CuentasTmp.Cuentas SET Naturaleza = ? WHERE rowid = ?", empresa["Naturaleza"], tmp["Fila"]);
+
+    std::string nueva = QuitaCaracteresEspeciales(SiNuloTexto(tmp["Descripcion"]));
+    std::string anterior = QuitaCaracteresEspeciales(SiNuloTexto(empresa["Descripcion"]));
+    if (QuitaCaracteresEspeciales(Izquierda(SiNuloTexto(tmp["Descripcion"]), kLargoDescripcion)) != anterior)
+        Registra(s, "La descripción de la cuenta ha cambiado: Anterior -> " + anterior + " Nueva -> " + nueva + ".",
+                 kFuenteCatalogo, "C", SiNuloTexto(cuenta));
+
+    Consulta balanza = FilaEmpresa(db, "Balanzas", "SaldoInicial", cuenta);
+    if (!balanza.vacia() && balanza["SaldoInicial"].moneda() != tmp["Saldo"].moneda())
+        Registra(s,
+                 "El saldo inicial de la cuenta ha cambiado: el saldo " + balanza["SaldoInicial"].moneda().formatoMoneda() +
+                     " sera sustituido por " + tmp["Saldo"].moneda().formatoMoneda(),
+                 kFuenteSaldosIniciales, "C", SiNuloTexto(cuenta));
+
+    db.ejecuta("UPDATE CuentasTmp.Cuentas SET Revisado = ? WHERE rowid = ?", true, tmp["Fila"]);
+}
+
+/// True when the company account must stay: the store has it, it has a
+/// prior-year balance, it is a parent, or some line uses it.
+bool SeConserva(BaseDatos& db, const Consulta& fila, const std::set<std::string>& padres) {
+    const Valor& cuenta = fila["Cuenta"];
+    if (!FilaTmp(db, "1", cuenta).vacia()) return true;
+    const Valor& anterior = fila["Saldo_Anterior_Final"];
+    if (anterior.esNulo() || !anterior.moneda().esCero()) return true;
+    if (padres.count(Minusculas(cuenta.texto()))) return true;
+    for (const char* tabla : {"Polizas_Detalle_Tmp", "Ajustes_Detalle", "Reclasificaciones_Detalle"})
+        if (!db.escalar(std::string("SELECT 1 FROM ") + tabla + " WHERE Cuenta = ? LIMIT 1", cuenta).esNulo())
+            return true;
+    return false;
+}
+
+}  // namespace
+
+BaseDatos& CuentasTmpAbierto(Sesion& s) {
+    if (!s.DbCuentasTmp) throw std::logic_error("La base temporal de cuentas no está abierta");
+    return *s.DbCuentasTmp;
+}
+
+// ------------------------------------------------------------------- Steps
+
+void ComparaCatalogo(Sesion& s, Progreso& barra) {
+    BaseDatos& db = CuentasTmpAbierto(s);
+    if (TablaVacia(db, "CuentasTmp.Cuentas") || TablaVacia(db, "main.Cuentas")) return;
+    Transaccion t(db);
+    Consulta empresa = db.consulta("SELECT Cuenta, Naturaleza, Descripcion FROM main.Cuentas ORDER BY rowid");
+    barra.maximo(static_cast<long>(empresa.cuentaRegistros()));
+    long n = 0;
+    for (empresa.primero(); !empresa.eof(); empresa.siguiente()) {
+        barra.valor(++n);
+        CompararCuenta(s, db, empresa);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+void RegistraCuentasNuevas(Sesion& s, Progreso& barra) {
+    BaseDatos& db = CuentasTmpAbierto(s);
+    // A Null mark reads as false, as the legacy boolean never was Null.
+    Consulta nuevas = db.consulta(
+        "SELECT CuentaSinSeparadores, Descripcion FROM CuentasTmp.Cuentas "
+        "WHERE Revisado IS NULL OR Revisado = 0 ORDER BY rowid");
+    if (nuevas.vacia() || TablaVacia(db, "main.Cuentas")) return;
+    Transaccion t(db);
+    barra.maximo(static_cast<long>(nuevas.cuentaRegistros()));
+    long n = 0;
+    for (nuevas.primero(); !nuevas.eof(); nuevas.siguiente()) {
+        barra.valor(++n);
+        std::string cuenta = SiNuloTexto(nuevas["CuentaSinSeparadores"]);
+        Registra(s,
+                 "Se dió de Alta una nueva Cuenta: " + FormateaCuenta(s, cuenta) + " " +
+                     QuitaCaracteresEspeciales(SiNuloTexto(nuevas["Descripcion"])) + ".",
+                 kFuenteCatalogo, "A", cuenta);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+void AjustaSignoSaldo(Sesion& s, Progreso& barra) {
+    BaseDatos& db = CuentasTmpAbierto(s);
+    if (TablaVacia(db, "main.Cuentas")) return;
+    Transaccion t(db);
+    Consulta tmp = db.consulta("SELECT rowid AS Fila, CuentaSinSeparadores, Saldo FROM CuentasTmp.Cuentas ORDER BY rowid");
+    barra.maximo(static_cast<long>(tmp.cuentaRegistros()));
+    long n = 0;
+    for (tmp.primero(); !tmp.eof(); tmp.siguiente()) {
+        barra.valor(++n);
+        Consulta empresa = FilaEmpresa(db, "main.Cuentas", "Naturaleza", tmp["CuentaSinSeparadores"]);
+        if (empresa.vacia()) continue;
+        std::string naturaleza = SiNuloTexto(empresa["Naturaleza"]);
+        if (naturaleza == "A")
+            db.ejecuta("UPDATE CuentasTmp.Cuentas SET Saldo = ?, Naturaleza = 'A' WHERE rowid = ?",
+                       -tmp["Saldo"].moneda(), tmp["Fila"]);
+        else if (naturaleza == "D")
+            db.ejecuta("UPDATE CuentasTmp.Cuentas SET Naturaleza = 'D' WHERE rowid = ?", tmp["Fila"]);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+void RecalculaSinSeparadores(Sesion& s, Progreso& barra) {
+    BaseDatos& db = CuentasTmpAbierto(s);
+    Transaccion t(db);
+    Consulta tmp = db.consulta("SELECT rowid AS Fila, Cuenta FROM CuentasTmp.Cuentas ORDER BY rowid");
+    barra.maximo(static_cast<long>(tmp.cuentaRegistros()));
+    long n = 0;
+    for (tmp.primero(); !tmp.eof(); tmp.siguiente()) {
+        barra.valor(++n);
+        std::string cuenta = QuitaSeparadores(s, FormateaCuenta(s, QuitaSeparadores(s, SiNuloTexto(tmp["Cuenta"]))));
+        db.ejecuta("UPDATE CuentasTmp.Cuentas SET CuentaSinSeparadores = ? WHERE rowid = ?", cuenta, tmp["Fila"]);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+void DepuraCatalogo(Sesion& s, Progreso& barra) {
+    barra.etiqueta("Depurando el catálogo de cuentas...");
+    BaseDatos& db = CuentasTmpAbierto(s);
+    Transaccion t(db);
+    // The parents as they stand before any deletion: an account freed by a
+    // deletion here goes only at the next re-import.
+    std::set<std::string> padres;
+    Consulta referencias = db.consulta("SELECT DISTINCT CuentaAcumulativa FROM main.Cuentas");
+    for (referencias.primero(); !referencias.eof(); referencias.siguiente())
+        if (!referencias.campo(0).esNulo()) padres.insert(Minusculas(referencias.campo(0).texto()));
+
+    Consulta empresa = db.consulta("SELECT rowid AS Fila, Cuenta, Saldo_Anterior_Final FROM main.Cuentas ORDER BY rowid");
+    barra.maximo(static_cast<long>(empresa.cuentaRegistros()));
+    long n = 0;
+    for (empresa.primero(); !empresa.eof(); empresa.siguiente()) {
+        barra.valor(++n);
+        if (!empresa["Cuenta"].esNulo()) {
+            if (SeConserva(db, empresa, padres)) continue;
+            db.ejecuta("DELETE FROM main.Balanzas WHERE Cuenta = ?", empresa["Cuenta"]);
+        }
+        db.ejecuta("DELETE FROM main.Cuentas WHERE rowid = ?", empresa["Fila"]);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+void GuardaCatalogo(Sesion& s, Progreso& barra) {
+    barra.etiqueta("Guardando en catálogo de cuentas...");
+    BaseDatos& db = CuentasTmpAbierto(s);
+    Transaccion t(db);
+    Consulta tmp = db.consulta(
+        "SELECT CuentaSinSeparadores, Nivel, Descripcion, Naturaleza, CuentaAcumulativa, Tipo "
+        "FROM CuentasTmp.Cuentas ORDER BY rowid");
+    barra.maximo(static_cast<long>(tmp.cuentaRegistros()));
+    long n = 0;
+    for (tmp.primero(); !tmp.eof(); tmp.siguiente()) {
+        barra.valor(++n);
+        int nivel = NivelDeFila(s, tmp);
+        const Valor& cuenta = tmp["CuentaSinSeparadores"];
+        Consulta empresa = FilaEmpresa(db, "main.Cuentas", "rowid AS Fila", cuenta);
+        std::string descripcion = DescripcionEmpresa(tmp["Descripcion"]);
+        if (empresa.vacia())
+            db.ejecuta(
+                "INSERT INTO main.Cuentas (Cuenta, Descripcion, Naturaleza, CuentaAcumulativa, Tipo, Nivel) "
+                "VALUES (?, ?, ?, ?, ?, ?)",
+                cuenta, descripcion, tmp["Naturaleza"], SiNuloTexto(tmp["CuentaAcumulativa"]), tmp["Tipo"], nivel);
+        else
+            db.ejecuta("UPDATE main.Cuentas SET Descripcion = ?, Naturaleza = ? WHERE rowid = ?", descripcion,
+                       tmp["Naturaleza"], empresa["Fila"]);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+void GuardaSaldoInicial(Sesion& s, Progreso& barra) {
+    barra.etiqueta("Guardando el saldo inicial...");
+    BaseDatos& db = CuentasTmpAbierto(s);
+    Transaccion t(db);
+    Consulta empresa = db.consulta("SELECT Cuenta FROM main.Cuentas ORDER BY Cuenta, rowid");
+    barra.maximo(static_cast<long>(empresa.cuentaRegistros()));
+    long n = 0;
+    for (empresa.primero(); !empresa.eof(); empresa.siguiente()) {
+        barra.valor(++n);
+        const Valor& cuenta = empresa["Cuenta"];
+        if (cuenta.esNulo()) continue;
+        Consulta balanza = FilaEmpresa(db, "main.Balanzas", "rowid AS Fila", cuenta);
+        Consulta tmp = FilaTmp(db, "Saldo", cuenta);
+        if (balanza.vacia() && tmp.vacia())
+            db.ejecuta("INSERT INTO main.Balanzas (Cuenta) VALUES (?)", cuenta);
+        else if (balanza.vacia())
+            db.ejecuta("INSERT INTO main.Balanzas (Cuenta, SaldoInicial, SaldoIniOrig) VALUES (?, ?, ?)", cuenta,
+                       tmp["Saldo"], tmp["Saldo"]);
+        else if (!tmp.vacia())
+            db.ejecuta("UPDATE main.Balanzas SET SaldoInicial = ?, SaldoIniOrig = ? WHERE rowid = ?", tmp["Saldo"],
+                       tmp["Saldo"], balanza["Fila"]);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+void GuardaSaldosAnioAnterior(Sesion& s, Progreso& barra) {
+    barra.etiqueta("Importando Saldos Finales año anterior...");
+    BaseDatos& db = CuentasTmpAbierto(s);
+    Transaccion t(db);
+    Consulta tmp = db.consulta(
+        "SELECT CuentaSinSeparadores, Nivel, Descripcion, SaldoFinAnioAnt FROM CuentasTmp.Cuentas ORDER BY rowid");
+    barra.maximo(static_cast<long>(tmp.cuentaRegistros()));
+    long n = 0;
+    for (tmp.primero(); !tmp.eof(); tmp.siguiente()) {
+        barra.valor(++n);
+        const Valor& cuenta = tmp["CuentaSinSeparadores"];
+        Consulta empresa = FilaEmpresa(db, "main.Cuentas", "rowid AS Fila", cuenta);
+        if (empresa.vacia())
+            db.ejecuta(
+                "INSERT INTO main.Cuentas (Cuenta, Descripcion, Nivel, Saldo_Anterior_Final) VALUES (?, ?, ?, ?)",
+                cuenta, tmp["Descripcion"], NivelDeFila(s, tmp), tmp["SaldoFinAnioAnt"]);
+        else
+            db.ejecuta("UPDATE main.Cuentas SET Saldo_Anterior_Final = ? WHERE rowid = ?", tmp["SaldoFinAnioAnt"],
+                       empresa["Fila"]);
+    }
+    t.confirma();
+    barra.cede();
+}
+
+// --------------------------------------------------------- Existence tests
+
+bool ExisteCuenta(Sesion& s, const std::string& cuenta) {
+    return !s.DbEmpresa->escalar("SELECT Cuenta FROM main.Cuentas WHERE Cuenta = ? LIMIT 1", cuenta).esNulo();
+}
+
+bool ExisteCuentaConsulta(Sesion& s, const std::string& cuenta) {
+    return !s.DbEmpresa->escalar("SELECT 1 FROM main.Cuentas WHERE Cuenta = ? LIMIT 1", cuenta).esNulo();
+}
+
+bool EsCuentaAcumulativa(Sesion& s, const std::string& cuenta) {
+    Consulta c = s.DbEmpresa->consulta("SELECT Tipo FROM main.Cuentas WHERE Cuenta = ? ORDER BY rowid LIMIT 1", cuenta);
+    return !c.vacia() && SiNuloTexto(c["Tipo"]) == "A";
+}
+
+std::string TipoPorReferencia(BaseDatos& db, const std::string& cuenta, const std::string& tabla) {
+    bool esPadre =
+        !db.escalar("SELECT 1 FROM " + tabla + " WHERE CuentaAcumulativa = ? LIMIT 1", cuenta).esNulo();
+    return esPadre ? "A" : "D";
+}
+
+bool ExisteCuentaTmp(Sesion& s, const std::string& cuenta) {
+    if (s.DbCuentasTmp)
+        return !s.DbCuentasTmp->escalar("SELECT 1 FROM CuentasTmp.Cuentas WHERE CuentaSinSeparadores = ? LIMIT 1", cuenta)
+                    .esNulo();
+    BaseDatos solo(RutaAlmacen(s, kCuentasTmp), BaseDatos::Modo::SoloLectura);
+    return !solo.escalar("SELECT 1 FROM Cuentas WHERE CuentaSinSeparadores = ? LIMIT 1", cuenta).esNulo();
+}
+
+}  // namespace velmorant

@@ -1,0 +1,431 @@
+#include "pipeline/Importacion.h"
+
+#include "accounts/CodigosCuenta.h"
+#include "accounts/Jerarquia.h"
+#include "pipeline/Balanza.h"
+#include "pipeline/Catalogo.h"
+#include "pipeline/Comparacion.h"
+#include "pipeline/MesesPolizas.h"
+#include "pipeline/Polizas.h"
+#include "pipeline/ReportesDecisiones.h"
+#include "review/CedulaAnalitica.h"
+#include "review/SeleccionCuentas.h"
+#include "review/SeleccionMovimientos.h"
+#include "platform/Ajustes.h"
+#include "platform/ErrorLectura.h"
+#include "session/Funciones.h"
+#include "session/Inicio.h"
+#include "session/ProgramaTerminado.h"
+#include "store/AlmacenesTemporales.h"
+#include "store/EsquemaEmpresa.h"
+
+namespace velmorant {
+
+namespace {
+
+// The company table is attached to the company connection for the commit,
+// so that its writes and the company's share one atomic transaction.
+constexpr const char* kAliasEmpresas = "BaseEmpresas";
+
+std::string DosDigitos(int mes) { return (mes < 10 ? "0" : "") + std::to_string(mes); }
+
+// One run: its session, its importer and the name of the step in hand, so
+// that a failure can say where it happened.
+class Corrida {
+public:
+    Corrida(Sesion& s, Importador& imp, const OpcionesEjecucion& op) : s_(s), imp_(imp), op_(op) {
+        if (!s_.progreso) s_.progreso = &mudo_;
+    }
+    ~Corrida() {
+        if (s_.progreso == &mudo_) s_.progreso = nullptr;
+    }
+
+    ResultadoImportacion importa(const ArchivosImportacion& a);
+    ResultadoImportacion saldosAnioAnterior(const std::string& ruta);
+
+private:
+    Sesion& s_;
+    Importador& imp_;
+    const OpcionesEjecucion& op_;
+    ProgresoMudo mudo_;
+    std::string paso_;
+
+    Progreso& barra() { return *s_.progreso; }
+
+    template <class F>
+    void paso(const std::string& nombre, F&& f) {
+        paso_ = nombre;
+        if (op_.antesDePaso) op_.antesDePaso(nombre);
+        f();
+        barra().cede();
+    }
+
+    bool validaArchivos(const ArchivosImportacion& a);
+    void abreInconsistencias();
+    void abrePolizasTmp();
+    void leeFuentes(const ArchivosImportacion& a);
+    void leePolizas(const ArchivosImportacion& a);
+    void comparaMes(int mes);
+    bool decideContinuar();
+    void confirmaImportacion();
+    void reconstruyeRevision();
+    void preparaAlmacenesRevision();
+    void confirmaSaldosAnioAnterior();
+    ResultadoImportacion termina();
+    void cierraAlmacenes();
+    template <class F>
+    bool enTransaccion(F&& f);
+};
+
+// Phase A's stores: the fresh log, the lost-rows log kept across runs.
+void Corrida::abreInconsistencias() {
+    CreaInconsisImpTmp(s_);
+    bool abierta = AbreInconsistencias(s_);
+    CreaInconsisImpTmpDet(s_);
+    if (!abierta) {
+        const std::string texto = "No fue posible abrir la Base temporal de Inconsistencias";
+        MsgCritico(s_, texto);
+        throw ProgramaTerminado(texto);
+    }
+}
+
+void Corrida::abrePolizasTmp() {
+    CreaPolizasTmp(s_);
+    CreaPolizasDetalleTmp(s_);
+    if (!AbrePolizasTmp(s_)) {
+        const std::string texto = "No fue posible abrir las Bases temporales de pólizas";
+        MsgCritico(s_, texto);
+        throw ProgramaTerminado(texto);
+    }
+}
+
+bool Corrida::validaArchivos(const ArchivosImportacion& a) {
+    if (!imp_.validaArchivos(s_, a)) return false;
+    if (imp_.tipo() == TipoImportacion::MesPorMes) return CompletaSeleccionArchivos(s_, a.meses);
+    return true;
+}
+
+void Corrida::comparaMes(int mes) {
+    const std::string m = DosDigitos(mes);
+    paso("VerificaCuadrePolizas " + m, [&] { VerificaCuadrePolizas(s_, m); });
+    paso("ComparaPolizas " + m, [&] { ComparaPolizas(s_, m); });
+    paso("ComparaPolizasNuevas " + m, [&] { ComparaPolizasNuevas(s_, m); });
+    paso("ComparaPartidasNuevas " + m, [&] { ComparaPartidasNuevas(s_, m); });
+}
+
+void Corrida::leePolizas(const ArchivosImportacion& a) {
+    if (imp_.tipo() == TipoImportacion::ArchivoUnico) {
+        paso("ImportaPolizas", [&] { imp_.ImportaPolizas(s_, a); });
+        s_.UltimoMesNuevo = static_cast<std::int16_t>(MesesConPolizasTmp(*s_.DbEmpresa));
+        paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
+        for (int mes = 1; mes <= s_.UltimoMesNuevo; ++mes) comparaMes(mes);
+        return;
+    }
+    for (int mes = 1; mes <= 12; ++mes) {
+        const std::string& ruta = a.meses[static_cast<size_t>(mes - 1)];
+        if (ruta.empty()) continue;
+        barra().visible(true);
+        paso("ImportaPolizasMes " + DosDigitos(mes), [&] { imp_.ImportaPolizasMes(s_, mes, ruta); });
+        comparaMes(mes);
+        GuardaAjuste(kAplicacionPropia, kSeccionConfiguracion, "VerPolizas", std::to_string(mes));
+    }
+    s_.UltimoMesNuevo = static_cast<std::int16_t>(MesesConPolizasTmp(*s_.DbEmpresa));
+    paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
+}
+
+// Phase A up to the vouchers. A source that cannot be read ends the
+// program after its message; nothing of the company has changed then.
+void Corrida::leeFuentes(const ArchivosImportacion& a) {
+    try {
+        s_.EtapaSaldos = "AÑO ANTERIOR FINAL";
+        CreaCuentasTmp(s_);
+        AbreCuentasTmp(s_);
+        barra().visible(true);
+        paso("ImportaCatalogo", [&] { imp_.ImportaCatalogo(s_, a); });
+        if (imp_.saldosInicialesAparte() && !a.saldosIniciales.empty())
+            paso("ImportaSaldosIniciales", [&] { imp_.ImportaSaldosIniciales(s_, a); });
+        paso("ComparaCatalogo", [&] { ComparaCatalogo(s_, barra()); });
+        paso("RegistraCuentasNuevas", [&] { RegistraCuentasNuevas(s_, barra()); });
+        abrePolizasTmp();
+        leePolizas(a);
+    } catch (const ProgramaTerminado&) {
+        throw;
+    } catch (const ErrorLectura& e) {
+        MsgCritico(s_, e.what());
+        throw ProgramaTerminado(e.what());
+    } catch (const std::exception& e) {
+        ReportaError(s_, e, true);
+        throw ProgramaTerminado(std::string("Falló el paso ") + paso_ + ": " + e.what());
+    }
+}
+
+bool Corrida::decideContinuar() {
+    if (!HayInconsistencias(s_.RutaEmpresa)) {
+        s_.ContinuaImportacion = true;
+        return true;
+    }
+    barra().visible(false);
+    MuestraMsgInconsistencias(s_);  // a cancel there ends the program
+    return s_.ContinuaImportacion;
+}
+
+void Corrida::cierraAlmacenes() {
+    CierraCuentasTmp(s_);
+    CierraPolizasTmp(s_);
+}
+
+// Runs `f` inside one transaction over the company database with the
+// company table attached. A failure rolls everything back and says which
+// step failed; the result is false then.
+template <class F>
+bool Corrida::enTransaccion(F&& f) {
+    BaseDatos& db = *s_.DbEmpresa;
+    db.adjunta(RutaBaseDatos(s_.RutaBase, kArchivoEmpresas), kAliasEmpresas);
+    bool hecho = false;
+    try {
+        Transaccion t(db);
+        f();
+        paso_ = "confirmación";
+        if (op_.antesDePaso) op_.antesDePaso(paso_);
+        t.confirma();
+        hecho = true;
+    } catch (const ProgramaTerminado&) {
+        db.separa(kAliasEmpresas);
+        throw;
+    } catch (const std::exception& e) {
+        barra().visible(false);
+        MsgCritico(s_, "La importación no se completó: falló el paso " + paso_ + ".\r\n" + e.what() +
+                           "\r\nLa información de la empresa quedó como estaba antes de la importación.");
+    }
+    cierraAlmacenes();
+    db.separa(kAliasEmpresas);
+    return hecho;
+}
+
+// Phases B and C.
+void Corrida::confirmaImportacion() {
+    BaseDatos& db = *s_.DbEmpresa;
+    paso("IdSistema", [&] {
+        db.ejecuta("UPDATE Empresas SET IdSistema=? WHERE IdEmpresa=?", imp_.idSistema(), s_.IdEmpresaActual);
+    });
+    paso("ActualizaMesesRevision", [&] { ActualizaMesesRevision(s_, s_.UltimoMesNuevo); });
+    paso("LeeMesesRevision", [&] { LeeMesesRevision(s_); });
+    barra().visible(true);
+    paso("DepuraCatalogo", [&] { DepuraCatalogo(s_, barra()); });
+    paso("GuardaCatalogo", [&] { GuardaCatalogo(s_, barra()); });
+    paso("DeterminaCuentasAcumulativas", [&] { DeterminaCuentasAcumulativas(s_, barra()); });
+    paso("DeterminaTipoCuentas", [&] { DeterminaTipoCuentas(s_, barra()); });
+    paso("GuardaSaldoInicial", [&] { GuardaSaldoInicial(s_, barra()); });
+    CierraCuentasTmp(s_);
+    paso("Polizas", [&] {
+        db.ejecuta("DELETE FROM Polizas");
+        db.ejecuta("DELETE FROM Polizas_Detalle");
+    });
+    for (int mes = 1; mes <= s_.UltimoMesNuevo; ++mes) {
+        const std::string m = DosDigitos(mes);
+        paso("GuardaPolizas " + m, [&] { GuardaPolizas(s_, m); });
+        paso("VerificaConsistenciaPolizas " + m, [&] { VerificaConsistenciaPolizas(s_, m); });
+        paso("AplicaPolizasABalanza " + m, [&] { AplicaPolizasABalanza(s_, m); });
+        paso("ObtieneSaldosBalanza " + m, [&] { ObtieneSaldosBalanza(s_, m); });
+    }
+    CierraPolizasTmp(s_);
+    paso("CalculaSaldosFinales", [&] { CalculaSaldosFinales(s_); });
+    paso("CalculaSaldosEtapas", [&] { CalculaSaldosEtapas(s_); });
+    if (s_.UltimoMesImportado > 0) reconstruyeRevision();
+    barra().visible(false);
+}
+
+// Phase C: the auditor's review work, rebuilt on the new vouchers and
+// balances, in the order the selections depend on each other.
+void Corrida::reconstruyeRevision() {
+    paso("ActualizaTotalCtaSeleccion", [&] { ActualizaTotalCtaSeleccion(s_, s_.UltimoMesNuevo); });
+    paso("ActualizaTotalCtaAnalitica", [&] { ActualizaTotalCtaAnalitica(s_, s_.UltimoMesImportado); });
+    paso("ReconstruyeCedulaAnalitica", [&] { ReconstruyeCedulaAnalitica(s_); });
+    paso("ReintegraNoDeducibles", [&] { ReintegraNoDeducibles(s_); });
+    paso("ReconstruyeSeleccionCuentas", [&] { ReconstruyeSeleccionesDeRevision(s_); });
+}
+
+// The work stores of phase C are files of their own: they are created and
+// attached before the commit's transaction, which cannot attach a file.
+void Corrida::preparaAlmacenesRevision() {
+    if (s_.UltimoMesImportado == 0) return;
+    PreparaAlmacenesSeleccion(s_);
+    CreaCedAnaliticaTmp(s_);
+    CreaSelecPolizasDetalleTmp(s_);
+    for (const char* alias : {kCedAnaliticaTmp, kSelecPolizasDetalleTmp, kInconsisImpTmpDet})
+        if (!AbreAlmacen(s_, alias)) {
+            const std::string texto = std::string("No fue posible abrir la Base temporal ") + alias;
+            MsgCritico(s_, texto);
+            throw ProgramaTerminado(texto);
+        }
+}
+
+ResultadoImportacion Corrida::termina() {
+    MsgInformacion(s_, "La importación de la información correspondiente a la empresa \r\n" + s_.NombreEmpresa +
+                           "  finalizó con éxito.");
+    CierraInconsistencias(s_);
+    return ResultadoImportacion::Terminada;
+}
+
+ResultadoImportacion Corrida::importa(const ArchivosImportacion& a) {
+    if (!validaArchivos(a)) return ResultadoImportacion::ArchivosFaltantes;
+    abreInconsistencias();
+    leeFuentes(a);
+    if (!ValidaPeriodo(s_)) {
+        MsgAviso(s_, "El periodo que desea importar no es válido,\nel sistema determinó que la última importación se "
+                     "realizó al mes de " +
+                         NombreMesMayusculas(s_.UltimoMesImportado) +
+                         "\npor lo tanto, el periodo que necesita importar deberá comprender al menos hasta dicho mes");
+        cierraAlmacenes();
+        return ResultadoImportacion::PeriodoInvalido;
+    }
+    if (!decideContinuar()) {
+        cierraAlmacenes();
+        return ResultadoImportacion::NoContinuada;
+    }
+    preparaAlmacenesRevision();
+    if (!enTransaccion([&] { confirmaImportacion(); })) {
+        CierraInconsistencias(s_);
+        return ResultadoImportacion::Fallida;
+    }
+    bool perdidos = s_.UltimoMesImportado > 0 && ExistenMovimientosPerdidos(s_);
+    s_.UltimoMesImportado = static_cast<std::int16_t>(MesesConPolizas(*s_.DbEmpresa));
+    if (perdidos) {
+        MuestraMsgInconsistenciasFin(s_);
+        CierraInconsistencias(s_);
+        return ResultadoImportacion::ConPerdidas;
+    }
+    return termina();
+}
+
+void Corrida::confirmaSaldosAnioAnterior() {
+    paso("GuardaSaldosAnioAnterior", [&] { GuardaSaldosAnioAnterior(s_, barra()); });
+    CierraCuentasTmp(s_);
+    paso("DeterminaCuentasAcumulativas", [&] { DeterminaCuentasAcumulativas(s_, barra()); });
+    paso("DeterminaTipoCuentas", [&] { DeterminaTipoCuentas(s_, barra()); });
+}
+
+ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
+    abreInconsistencias();
+    if (ruta.empty()) {
+        MsgAviso(s_, "Especifique por favor el archivo que contiene los saldos finales del año anterior");
+        return ResultadoImportacion::ArchivosFaltantes;
+    }
+    if (!ExisteInformacionActual(s_)) {
+        MsgAviso(s_, "Para importar los saldos finales del ejercicio anterior,\r\nes necesario que exista información "
+                     "actual");
+        return ResultadoImportacion::ArchivosFaltantes;
+    }
+    try {
+        CreaCuentasTmp(s_);
+        AbreCuentasTmp(s_);
+        barra().visible(true);
+        paso("ImportaSaldosAnioAnterior", [&] { imp_.ImportaSaldosAnioAnterior(s_, ruta); });
+    } catch (const ProgramaTerminado&) {
+        throw;
+    } catch (const ErrorLectura& e) {
+        MsgCritico(s_, e.what());
+        throw ProgramaTerminado(e.what());
+    } catch (const std::exception& e) {
+        ReportaError(s_, e, true);
+        throw ProgramaTerminado(std::string("Falló el paso ") + paso_ + ": " + e.what());
+    }
+    if (!decideContinuar()) {
+        cierraAlmacenes();
+        return ResultadoImportacion::NoContinuada;
+    }
+    if (!enTransaccion([&] { confirmaSaldosAnioAnterior(); })) return ResultadoImportacion::Fallida;
+    MsgInformacion(s_, "La importación de los saldos finales del año anterior de la empresa \r\n" + s_.NombreEmpresa +
+                           "  finalizó con éxito.");
+    CierraInconsistencias(s_);
+    return ResultadoImportacion::Terminada;
+}
+
+}  // namespace
+
+ResultadoImportacion EjecutaImportacion(Sesion& s, Importador& importador, const ArchivosImportacion& archivos,
+                                        const OpcionesEjecucion& opciones) {
+    return Corrida(s, importador, opciones).importa(archivos);
+}
+
+ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador, const std::string& ruta,
+                                               const OpcionesEjecucion& opciones) {
+    return Corrida(s, importador, opciones).saldosAnioAnterior(ruta);
+}
+
+bool CompletaSeleccionArchivos(Sesion& s, const std::array<std::string, 12>& meses) {
+    int ultimo = MesesConPolizas(*s.DbEmpresa);
+    if (ultimo == 0) return true;
+    for (int mes = PrimerMesConPolizas(*s.DbEmpresa); mes <= ultimo; ++mes) {
+        if (mes >= 1 && mes <= 12 && meses[static_cast<size_t>(mes - 1)].empty()) {
+            MsgInformacion(s, "Es necesario completar la selección de archivos a importar");
+            return false;
+        }
+    }
+    return true;
+}
+
+bool MesYaImportado(Sesion& s, const std::string& mes) {
+    BaseDatos& db = *s.DbEmpresa;
+    if (db.escalar("SELECT COUNT(*) FROM Polizas").entero() == 0) return true;
+    return db.escalar("SELECT COUNT(*) FROM Polizas WHERE Month(Fecha)=?", std::stoi(mes)).entero() > 0;
+}
+
+bool ExisteInformacionActual(Sesion& s) { return !s.DbEmpresa->escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo(); }
+
+bool ValidaPeriodo(Sesion& s) {
+    BaseDatos& db = *s.DbEmpresa;
+    int anterior = MesesConPolizas(db), nuevo = MesesConPolizasTmp(db);
+    if (nuevo < anterior) return false;
+    bool valido = false;
+    Consulta meses = db.consulta(
+        "SELECT Month(Fecha) as MesFecha FROM Polizas_Tmp GROUP BY Month(Fecha) ORDER BY Month(Fecha) ASC");
+    for (meses.primero(); !meses.eof(); meses.siguiente()) {
+        if (s.progreso) s.progreso->cede();
+        int mes = static_cast<int>(meses["MesFecha"].entero());
+        if (MesYaImportado(s, DosDigitos(mes))) valido = true;
+    }
+    return valido;
+}
+
+void ActualizaMesesRevision(Sesion& s, int mes) {
+    BaseDatos& db = *s.DbEmpresa;
+    if (mes >= 12) {
+        db.ejecuta("UPDATE Empresas SET MesFinal=12 WHERE IdEmpresa=?", s.IdEmpresaActual);
+        return;
+    }
+    Consulta fila = db.consulta("SELECT MesPrevia1, MesPrevia2, MesPrevia3 FROM Empresas WHERE IdEmpresa=?",
+                                s.IdEmpresaActual);
+    if (fila.vacia()) return;
+    for (int n = 1; n <= 3; ++n) {
+        const std::string campo = "MesPrevia" + std::to_string(n);
+        const Valor& v = fila[campo];
+        if (v.esNulo() || v.entero() == 0 || v.entero() == mes) {
+            db.ejecuta("UPDATE Empresas SET " + campo + "=? WHERE IdEmpresa=?", mes, s.IdEmpresaActual);
+            return;
+        }
+    }
+    db.ejecuta("UPDATE Empresas SET MesPrevia3=? WHERE IdEmpresa=?", mes, s.IdEmpresaActual);
+}
+
+void LeeMesesRevision(Sesion& s) {
+    s.MesesRevision.assign(1, 0);  // index 0 stays empty: the month before the first
+    Consulta fila = s.DbEmpresa->consulta(
+        "SELECT MesPrevia1, MesPrevia2, MesPrevia3, MesFinal FROM Empresas WHERE IdEmpresa=?", s.IdEmpresaActual);
+    if (fila.vacia()) return;
+    for (const char* campo : {"MesPrevia1", "MesPrevia2", "MesPrevia3", "MesFinal"}) {
+        int mes = static_cast<int>(SiNuloCero(fila[campo]).entero());
+        if (mes == 0) continue;
+        size_t siguiente = s.MesesRevision.size();
+        if (std::string(campo) == "MesPrevia3") {
+            // Re-dimensioned without keeping its contents, as the system
+            // always did: the entries before it read as month 0.
+            s.MesesRevision.assign(siguiente + 1, 0);
+        } else {
+            s.MesesRevision.resize(siguiente + 1, 0);
+        }
+        s.MesesRevision[siguiente] = mes;
+    }
+}
+
+}  // namespace velmorant
