@@ -6,7 +6,15 @@
 #include <QMessageBox>
 #include <QStringList>
 
+#include "app/frm000MsgInconsistencias.h"
+#include "app/frm000VisorReporte.h"
+#include "session/Inicio.h"
+
 namespace velmorant::app {
+
+InteraccionQt::InteraccionQt(QWidget* padre) : padre_(padre) {}
+
+InteraccionQt::~InteraccionQt() = default;
 
 QWidget* InteraccionQt::ventana() const {
     if (QWidget* modal = QApplication::activeModalWidget()) return modal;
@@ -61,6 +69,27 @@ std::string InteraccionQt::eligeArchivoEn(const std::string& filtro, const std::
     QString ruta = QFileDialog::getOpenFileName(ventana(), QString::fromStdString(titulo),
                                                 QString::fromStdString(carpeta), FiltroQt(filtro));
     return QDir::toNativeSeparators(ruta).toStdString();
+}
+
+DecisionInconsistencias InteraccionQt::decideInconsistencias(const std::string& titulo) {
+    if (!msgInconsistencias_)
+        msgInconsistencias_ = std::make_unique<frm000MsgInconsistencias>(QString::fromStdString(titulo), ventana());
+    DecisionInconsistencias d = msgInconsistencias_->Pregunta();
+    if (d != DecisionInconsistencias::VerReporte) msgInconsistencias_.reset();
+    return d;
+}
+
+DecisionFinal InteraccionQt::decideFinal(const std::string& titulo) {
+    if (!msgInconsistenciasFin_)
+        msgInconsistenciasFin_ = std::make_unique<frm000MsgInconsistenciasFin>(QString::fromStdString(titulo), ventana());
+    DecisionFinal d = msgInconsistenciasFin_->Pregunta();
+    if (d != DecisionFinal::VerDetalle) msgInconsistenciasFin_.reset();
+    return d;
+}
+
+void InteraccionQt::muestraReporte(const Reporte& reporte) {
+    frm000VisorReporte visor(reporte, *this, "VELMORANT Ver. " + VersionDelPrograma(), ventana());
+    visor.exec();
 }
 
 }  // namespace velmorant::app

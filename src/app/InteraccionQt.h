@@ -4,14 +4,20 @@
 
 #include <QWidget>
 
+#include <memory>
+
 #include "session/Interaccion.h"
 #include "session/Sesion.h"
 
 namespace velmorant::app {
 
+class frm000MsgInconsistencias;
+class frm000MsgInconsistenciasFin;
+
 class InteraccionQt : public Interaccion {
 public:
-    explicit InteraccionQt(QWidget* padre = nullptr) : padre_(padre) {}
+    explicit InteraccionQt(QWidget* padre = nullptr);
+    ~InteraccionQt() override;
     /// The window that owns the boxes when no modal form is open.
     void padre(QWidget* p) { padre_ = p; }
 
@@ -19,9 +25,17 @@ public:
     std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
     std::string eligeArchivoEn(const std::string& filtro, const std::string& titulo,
                                const std::string& carpeta) override;
+    /// `frm000MsgInconsistencias`: it stays on screen while its report shows.
+    DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+    /// `frm000MsgInconsistenciasFin`, likewise.
+    DecisionFinal decideFinal(const std::string& titulo) override;
+    /// The report viewer, modal, until the user closes it.
+    void muestraReporte(const Reporte& reporte) override;
 
 private:
     QWidget* padre_;
+    std::unique_ptr<frm000MsgInconsistencias> msgInconsistencias_;
+    std::unique_ptr<frm000MsgInconsistenciasFin> msgInconsistenciasFin_;
     /// The open modal form, else the active window, else `padre_`.
     QWidget* ventana() const;
 };

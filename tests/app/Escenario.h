@@ -93,14 +93,16 @@ public:
     Sesion sesion;
 };
 
-/// Runs `accion` on the next modal dialog as soon as it shows, from inside
-/// its event loop (to press its buttons or close it).
-inline void AlAbrirseModal(std::function<void(QDialog*)> accion) {
+/// Runs `accion` on the next modal dialog as soon as it shows (only one
+/// of that object name, when given), from inside its event loop: to press
+/// its buttons or close it.
+inline void AlAbrirseModal(std::function<void(QDialog*)> accion, const QString& nombre = {}) {
     auto* espera = new QTimer;
     espera->setInterval(10);
-    QObject::connect(espera, &QTimer::timeout, [espera, accion] {
+    QObject::connect(espera, &QTimer::timeout, [espera, accion, nombre] {
         auto* modal = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (!modal || !modal->isVisible()) return;
+        if (!nombre.isEmpty() && modal->objectName() != nombre) return;
         espera->stop();
         espera->deleteLater();
         accion(modal);
