@@ -163,8 +163,10 @@ bool Adjunta(Sesion& s, const std::string& alias) {
             s.DbEmpresa->adjunta(ruta, alias);
             s.DbEmpresa->escalar("SELECT count(*) FROM \"" + alias + "\".sqlite_schema");
             // A run's store is rebuilt by the next run: waiting for the disk
-            // on each of its commits buys nothing.
-            s.DbEmpresa->ejecutaScript("PRAGMA \"" + alias + "\".synchronous=OFF");
+            // on each of its commits buys nothing. (Not allowed, and not
+            // needed, inside an open transaction.)
+            if (!s.DbEmpresa->enTransaccion())
+                s.DbEmpresa->ejecutaScript("PRAGMA \"" + alias + "\".synchronous=OFF");
         } catch (const ErrorBaseDatos&) {
             SeparaSiPuede(s, alias);
             return false;
