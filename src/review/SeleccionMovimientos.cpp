@@ -152,7 +152,7 @@ std::string Derecha(const std::string& t, size_t n) {
     return t.substr(Izquierda(t, total - n).size());
 }
 
-void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemillaCedula& semilla) {
+void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemilla& semillas) {
     const std::string cuenta = SiNuloTexto(regla["CtaIntegracion"]);
     const std::string descripcion = SiNuloTexto(regla["Descripcion"]);
     const double porcentaje = regla["Porcentaje"].real();
@@ -181,11 +181,11 @@ void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemillaCedula&
             break;
         case 10:
             SeleccionaMovimientosAleatorios(s, porcentaje, cuenta, id, s.UltimoMesImportado, s.UltimoMesNuevo,
-                                            descripcion, semilla);
+                                            descripcion, semillas);
             break;
         case 11:
             SeleccionaMovimientosAleatoriosTipo(s, porcentaje, cuenta, id, s.UltimoMesImportado, s.UltimoMesNuevo,
-                                                descripcion, semilla);
+                                                descripcion, semillas);
             break;
         default:  // selects nothing; the account is marked all the same
             break;
@@ -225,7 +225,7 @@ void QuitaMarcaDescripcion(Sesion& s) {
     }
 }
 
-void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemillaCedula& semilla) {
+void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemilla& semillas) {
     BaseDatos& db = *s.DbEmpresa;
     QuitaMarcaDescripcion(s);
     Consulta reglas =
@@ -240,7 +240,7 @@ void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemillaCedula& semilla) {
         LlenaMovimientosCuenta(s, cuenta);
         CompletaDatosPoliza(s);
         MarcaMovimientosRevisados(s, cuenta);
-        AplicaCriterio(s, reglas, semilla);
+        AplicaCriterio(s, reglas, semillas);
         db.ejecuta("UPDATE Cuentas SET PorRevisar = ? WHERE Cuenta = ?", true, cuenta);
     }
     ConservaRenglonesPerdidos(s);
