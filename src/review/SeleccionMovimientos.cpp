@@ -287,27 +287,38 @@ void MarcaMovimientosRevisados(Sesion& s, const std::string& cuenta) {
         "SELECT IdCedAnalitica, Poliza, Tipo, Fecha, Cuenta, Referencia, TipoMov, Importe, VerObs, MovtoExistente "
         "FROM CedAnaliticaTmp WHERE Cuenta = ? ORDER BY Fecha ASC, VerObs ASC, IdCedAnalitica ASC",
         cuenta);
-    const std::string buscaMovimiento = std::string("SELECT rowid AS Fila, MovRevisado FROM SelecPolizas_DetalleTmp "
-                                                    "WHERE ") +
-                                        cedula::kCondicionClave + " ORDER BY Fecha ASC, rowid ASC";
+    Consulta movimientos = db.consulta(
+        "SELECT rowid AS Fila, Poliza, Tipo, Fecha, Cuenta, Referencia, TipoMov, Importe, MovRevisado "
+        "FROM SelecPolizas_DetalleTmp ORDER BY Fecha ASC, rowid ASC");
+    const cedula::IndiceMovimientos indice(movimientos);
+    std::vector<Valor> revisado;  // MovRevisado of each store row, as this walk leaves it
+    for (movimientos.primero(); !movimientos.eof(); movimientos.siguiente())
+        revisado.push_back(movimientos["MovRevisado"]);
+    auto marca = [&](size_t i) {
+        movimientos.mueveA(i);
+        db.ejecuta("UPDATE SelecPolizas_DetalleTmp SET MovRevisado = 1 WHERE rowid = ?", movimientos["Fila"]);
+        revisado[i] = 1;
+    };
+
     for (guardados.primero(); !guardados.eof(); guardados.siguiente()) {
         bool encontrado = false;
         if (SiNuloTexto(guardados["Referencia"]) == "Saldo Inicial" && guardados["Poliza"].esNulo()) {
             encontrado = true;  // an opening balance line has no voucher to look for
         } else {
-            Consulta m = cedula::ConsultaCon(db, buscaMovimiento, cedula::ParametrosClave(cedula::ClaveDe(guardados)));
+            const auto& iguales = indice.busca(cedula::ClaveDe(guardados));
             if (SiNuloCero(guardados["VerObs"]).entero() == 0) {
                 // A selection claims one movement of its own: two equal rows need two.
-                for (m.primero(); !m.eof() && !encontrado; m.siguiente())
-                    if (m["MovRevisado"].esNulo()) {
-                        db.ejecuta("UPDATE SelecPolizas_DetalleTmp SET MovRevisado = 1 WHERE rowid = ?", m["Fila"]);
+                for (size_t i : iguales)
+                    if (revisado[i].esNulo()) {
+                        marca(i);
                         encontrado = true;
+                        break;
                     }
-            } else if (!m.vacia()) {
+            } else if (!iguales.empty()) {
                 // A remark claims nothing.
                 encontrado = true;
-                if (!m["MovRevisado"].esNulo() && m["MovRevisado"].entero() == 0)
-                    db.ejecuta("UPDATE SelecPolizas_DetalleTmp SET MovRevisado = 1 WHERE rowid = ?", m["Fila"]);
+                const Valor& primero = revisado[iguales.front()];
+                if (!primero.esNulo() && primero.entero() == 0) marca(iguales.front());
             }
         }
         if (encontrado)
