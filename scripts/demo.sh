@@ -3,8 +3,9 @@
 # writes the demo client's year with the generator; creates a demo base with
 # the company DEMO and opens it as the audit product would (so that
 # `velmorant` starts on it); imports the year through the delimited-text
-# link; then imports it again from the client's second delivery, shows what
-# changed, and checks the trial balance each time.
+# link; writes the auditor's review work; then imports it again from the
+# client's second delivery, shows what changed and what review work survived,
+# and checks the trial balance each time.
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${VELMORANT_BUILD:-$ROOT/build}"
@@ -26,8 +27,8 @@ echo "== Demo base and company in $DEMO/base"
 "$CLI" --base "$DEMO/base" empresa abrir DEMO 2025
 "$CLI" sesion
 
-echo "== The layout of the client's files"
-"$CLI" configuracion crear DEMO --enlace 82 --si \
+echo "== The layout of the client's files (kept in the program's layout catalogue)"
+"$CLI" configuracion mostrar DEMO >/dev/null 2>&1 || "$CLI" configuracion crear DEMO --enlace 82 --si \
   PIniCuenta=1 PIniDescripcion=2 PIniNaturaleza=3 PIniNivel=4 PIniSdoIni=6 \
   PIniNumPol=1 PIniTipo=2 PIniDia=3 PIniMes=4 PIniAnio=5 PIniCtaPol=6 PIniRef=7 PIniConcept=8 \
   PIniCargo=9 PIniAbono=10
@@ -40,15 +41,25 @@ importa() {
     i=$((i + 1))
   done
   "$CLI" importar --enlace 82 --separador '|' --configuracion DEMO --catalogo "$dir/catalogo.txt" \
-    "${meses[@]}" --continuar --reporte "$dir/inconsistencias.pdf"
+    "${meses[@]}" --continuar --reporte "$dir/inconsistencias.pdf" --reporte-detalle "$dir/perdidos.pdf"
 }
 
 echo "== First import of the year"
 importa "$DEMO/archivos/entrega1"
 "$CLI" resumen
 
+echo "== The auditor's review work on the first import"
+"$GENERA" --trabajo-revision "$DEMO/base/2025_DEMO/DEMO_2025.sqlite"
+"$CLI" seleccion --mes 12
+"$CLI" cedula
+
 echo "== Re-import from the client's second delivery"
 importa "$DEMO/archivos/entrega2"
 "$CLI" inconsistencias
 "$CLI" resumen
+echo "== The review work, rebuilt on the new vouchers and balances"
+"$CLI" seleccion --mes 12
+"$CLI" cedula
+echo "== Schedule rows that could not be found again"
+"$CLI" inconsistencias --detalle
 echo "== Done. The desktop program starts on the demo company: $BUILD/src/velmorant"

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "pipeline/Reportes.h"
+#include "pipeline/ReportesDecisiones.h"
 
 namespace velmorant::cli {
 
@@ -70,6 +71,18 @@ std::string InteraccionTerminal::eligeArchivo(const std::string& filtro, const s
         return "";
     }
     return leeLinea(titulo + " — ruta del archivo (" + filtro + "), vacío para cancelar: ");
+}
+
+DecisionFinal InteraccionTerminal::decideFinal(const std::string& titulo) {
+    errores_ << titulo << " — " << kGrupoMsgInconsistenciasFin << "\n"
+             << TextoParaTerminal(kTextoMsgInconsistenciasFin) << "\n"
+             << "'velmorant-cli inconsistencias --detalle' muestra los registros.\n";
+    if (alTerminarConPerdidas_) {
+        auto f = std::move(alTerminarConPerdidas_);
+        alTerminarConPerdidas_ = nullptr;
+        f();
+    }
+    return DecisionFinal::Terminar;
 }
 
 void InteraccionTerminal::muestraReporte(const Reporte& r) {

@@ -19,6 +19,10 @@ public:
     bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) override;
     std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
     DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+    /// The end of a run that lost schedule rows: says so, and runs the
+    /// action set with alTerminarConPerdidas (e.g. writing the detail report).
+    DecisionFinal decideFinal(const std::string& titulo) override;
+    void alTerminarConPerdidas(std::function<void()> f) { alTerminarConPerdidas_ = std::move(f); }
     /// Prints the report's rows on stderr, one finding a line.
     void muestraReporte(const Reporte& reporte) override;
 
@@ -38,6 +42,7 @@ private:
     std::optional<DecisionInconsistencias> decision_;
     std::string ultimo_;
     std::function<void()> antesDeDecidir_;
+    std::function<void()> alTerminarConPerdidas_;
     std::string leeLinea(const std::string& indicacion);
 };
 

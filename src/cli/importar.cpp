@@ -25,7 +25,8 @@ std::vector<Opcion> OpcionesDeLectura() {
             {"sin-titulos", "", "la primera línea de cada archivo no es de títulos"},
             {"continuar", "", "si hay inconsistencias, continuar sin preguntar"},
             {"cancelar", "", "si hay inconsistencias, cancelar sin preguntar"},
-            {"reporte", "ARCHIVO", "escribe el reporte de inconsistencias (.pdf, .html o .csv) antes de decidir"}};
+            {"reporte", "ARCHIVO", "escribe el reporte de inconsistencias (.pdf, .html o .csv) antes de decidir"},
+            {"reporte-detalle", "ARCHIVO", "si se perdieron renglones de la cédula, escribe su reporte (.pdf, .html o .csv)"}};
 }
 
 // The importer of the run, with its layout loaded. Refuses what it cannot use.
@@ -51,9 +52,18 @@ void PreparaDecision(InteraccionTerminal& ui, const Argumentos& args, Sesion& s)
         std::string ruta = *reporte;
         ui.antesDeDecidir([&s, &ui, ruta] {
             Reporte r;
-            if (!PreparaResumenInconsistencias(s, "054.html", r)) return;
+            if (!PreparaResumenInconsistencias(s, kPlantillaResumen, r)) return;
             GuardaReporte(r, ruta);
             ui.mensaje(TipoMensaje::Informacion, "", "Reporte de inconsistencias escrito en " + ruta);
+        });
+    }
+    if (auto detalle = args.valor("reporte-detalle")) {
+        std::string ruta = *detalle;
+        ui.alTerminarConPerdidas([&s, &ui, ruta] {
+            Reporte r;
+            if (!PreparaDetalleInconsistencias(s, kPlantillaDetalle, r)) return;
+            GuardaReporte(r, ruta);
+            ui.mensaje(TipoMensaje::Informacion, "", "Reporte de renglones perdidos escrito en " + ruta);
         });
     }
 }
