@@ -3,12 +3,15 @@
 // fixed seed, so the same command always writes the same bytes.
 //
 //   velmorant-genera-demo DIR [--variante 2] [--lineas N]
+//   velmorant-genera-demo --trabajo-revision EMPRESA.sqlite
 //
 // Variant 1 is the first delivery of the client's books; variant 2 is the
 // same year delivered again with the changes an auditor meets on a
 // re-import (a concept edited, a voucher dropped, one added, an amount
 // changed, a line added on a new account, a line moved within its voucher).
 // --lineas asks for roughly N voucher lines over the year (benchmarks).
+// --trabajo-revision writes the auditor's review work into a company that
+// holds the first delivery (see TrabajoRevision.h).
 
 #include <algorithm>
 #include <cstdint>
@@ -23,6 +26,7 @@
 
 #include "platform/Fecha.h"
 #include "platform/Moneda.h"
+#include "TrabajoRevision.h"
 
 namespace {
 
@@ -376,6 +380,10 @@ int main(int argc, char** argv) {
     if (argc < 2) {
         std::cerr << "Uso: velmorant-genera-demo DIR [--variante 1|2] [--lineas N]\n";
         return 2;
+    }
+    if (std::string(argv[1]) == "--trabajo-revision" && argc == 3) {
+        std::cout << velmorant::demo::EscribeTrabajoRevision(argv[2]) << "\n";
+        return 0;
     }
     int variante = 1;
     long lineas = 0;

@@ -65,6 +65,8 @@ private:
     void abreInconsistencias();
     void abrePolizasTmp();
     void leeFuentes(const ArchivosImportacion& a);
+    template <class F>
+    void leeOTermina(F&& f);
     void leePolizas(const ArchivosImportacion& a);
     void comparaMes(int mes);
     bool decideContinuar();
@@ -137,7 +139,7 @@ void Corrida::leePolizas(const ArchivosImportacion& a) {
 // Phase A up to the vouchers. A source that cannot be read ends the
 // program after its message; nothing of the company has changed then.
 void Corrida::leeFuentes(const ArchivosImportacion& a) {
-    try {
+    leeOTermina([&] {
         s_.EtapaSaldos = "AÑO ANTERIOR FINAL";
         CreaCuentasTmp(s_);
         AbreCuentasTmp(s_);
@@ -149,10 +151,19 @@ void Corrida::leeFuentes(const ArchivosImportacion& a) {
         paso("RegistraCuentasNuevas", [&] { RegistraCuentasNuevas(s_, barra()); });
         abrePolizasTmp();
         leePolizas(a);
+    });
+}
+
+// Runs phase A's reading. A reader that cannot read its file has shown its
+// messages already (ErrorLectura); any other engine error is reported here.
+// Either way the program ends, with nothing of the company changed.
+template <class F>
+void Corrida::leeOTermina(F&& f) {
+    try {
+        f();
     } catch (const ProgramaTerminado&) {
         throw;
     } catch (const ErrorLectura& e) {
-        MsgCritico(s_, e.what());
         throw ProgramaTerminado(e.what());
     } catch (const std::exception& e) {
         ReportaError(s_, e, true);
@@ -317,20 +328,12 @@ ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
                      "actual");
         return ResultadoImportacion::ArchivosFaltantes;
     }
-    try {
+    leeOTermina([&] {
         CreaCuentasTmp(s_);
         AbreCuentasTmp(s_);
         barra().visible(true);
         paso("ImportaSaldosAnioAnterior", [&] { imp_.ImportaSaldosAnioAnterior(s_, ruta); });
-    } catch (const ProgramaTerminado&) {
-        throw;
-    } catch (const ErrorLectura& e) {
-        MsgCritico(s_, e.what());
-        throw ProgramaTerminado(e.what());
-    } catch (const std::exception& e) {
-        ReportaError(s_, e, true);
-        throw ProgramaTerminado(std::string("Falló el paso ") + paso_ + ": " + e.what());
-    }
+    });
     if (!decideContinuar()) {
         cierraAlmacenes();
         return ResultadoImportacion::NoContinuada;

@@ -1,5 +1,6 @@
 #include "review/CedulaAnalitica.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -12,7 +13,6 @@ namespace velmorant {
 
 using cedula::ClaveDe;
 using cedula::ConsultaCon;
-using cedula::kCondicionClave;
 using cedula::ParametrosClave;
 
 namespace {
@@ -39,6 +39,20 @@ const std::string kCamposSaldoInicial =
     "Cuenta, Refmodificada, Referencia, " + kCamposMarcas + ", " + kCamposTextos + ", Modificado, Aplicado";
 
 const std::string kSaldoInicial = "Saldo Inicial";
+const std::string kCamposClave = "Poliza, Tipo, Fecha, Cuenta, Referencia, TipoMov, Importe";
+
+std::vector<bool> Aplicados(Consulta c) {
+    std::vector<bool> r;
+    for (c.primero(); !c.eof(); c.siguiente()) r.push_back(c["Aplicado"].booleano());
+    return r;
+}
+
+// The first of the rows found that has not received work yet.
+std::optional<size_t> PrimeroLibre(const std::vector<size_t>& iguales, const std::vector<bool>& aplicado) {
+    for (size_t i : iguales)
+        if (!aplicado[i]) return i;
+    return std::nullopt;
+}
 
 bool ExisteCedulaGuardada(Sesion& s) {
     return ExisteArchivo(RutaAlmacen(s, kCedAnaliticaTmp)) && AbreAlmacen(s, kCedAnaliticaTmp);
@@ -103,10 +117,9 @@ void ConservaRenglonesPerdidos(Sesion& s) {
 
 void ReportaMovimientosPerdidos(Sesion& s) {
     if (!ExisteCedulaGuardada(s)) return;
-    const std::string movimiento = "Poliza, Tipo, Fecha, Cuenta, Referencia, TipoMov, Importe";
-    Consulta c = s.DbEmpresa->consulta("SELECT " + movimiento +
-                                       " FROM CedAnaliticaTmp WHERE NOT MovtoExistente GROUP BY " + movimiento +
-                                       " ORDER BY " + movimiento);
+    Consulta c = s.DbEmpresa->consulta("SELECT " + kCamposClave +
+                                       " FROM CedAnaliticaTmp WHERE NOT MovtoExistente GROUP BY " + kCamposClave +
+                                       " ORDER BY " + kCamposClave);
     for (c.primero(); !c.eof(); c.siguiente())
         Registra(s,
                  "No se encontró el movimiento " + Palabra(c["TipoMov"]) + " por " +
@@ -118,12 +131,16 @@ void ReportaMovimientosPerdidos(Sesion& s) {
 void RestauraDatosCedula(Sesion& s) {
     if (!ExisteCedulaGuardada(s)) return;
     BaseDatos& db = *s.DbEmpresa;
-    const std::string libre = std::string("SELECT IdCedAnalitica FROM CedAnalitica WHERE ") + kCondicionClave +
-                              " AND COALESCE(Aplicado, 0) = 0 ORDER BY IdCedAnalitica LIMIT 1";
     std::string origenTrabajo = kCamposTrabajo;
     origenTrabajo.replace(origenTrabajo.find("Aplicado"), 8, "-1");
     std::string origenSaldo = kCamposSaldoInicial;
     origenSaldo.replace(origenSaldo.find("Aplicado"), 8, "-1");
+
+    // The rebuilt schedule; the opening balance rows added below match no key.
+    Consulta cedula = db.consulta("SELECT IdCedAnalitica, " + kCamposClave +
+                                  ", Aplicado FROM CedAnalitica ORDER BY IdCedAnalitica");
+    const cedula::IndiceMovimientos indice(cedula);
+    std::vector<bool> aplicado = Aplicados(cedula);
 
     Consulta guardados = db.consulta("SELECT * FROM CedAnaliticaTmp ORDER BY IdCedAnalitica");
     for (guardados.primero(); !guardados.eof(); guardados.siguiente()) {
@@ -138,9 +155,11 @@ void RestauraDatosCedula(Sesion& s) {
         // The first row of the movement that has not received work: two equal
         // saved rows land on two rows. With none left the saved row is passed
         // over; its loss was told from MovtoExistente.
-        Consulta libres = ConsultaCon(db, libre, ParametrosClave(ClaveDe(guardados)));
-        if (libres.vacia()) continue;
-        const Valor nuevo = libres["IdCedAnalitica"];
+        auto libre = PrimeroLibre(indice.busca(ClaveDe(guardados)), aplicado);
+        if (!libre) continue;
+        aplicado[*libre] = true;
+        cedula.mueveA(*libre);
+        const Valor nuevo = cedula["IdCedAnalitica"];
         db.ejecuta("UPDATE CedAnalitica SET (" + kCamposTrabajo + ") = (SELECT " + origenTrabajo +
                        " FROM CedAnaliticaTmp WHERE IdCedAnalitica = ?) WHERE IdCedAnalitica = ?",
                    idGuardado, nuevo);
@@ -159,21 +178,23 @@ void ReintegraNoDeducibles(Sesion& s) {
     BaseDatos& db = *s.DbEmpresa;
     db.ejecuta("UPDATE CedAnalitica SET Aplicado = ?", false);
     Consulta items = db.consulta("SELECT rowid AS Fila, * FROM CedNoDeducibles ORDER BY rowid");
-    const std::string busca = std::string("SELECT IdCedAnalitica, Aplicado FROM CedAnalitica WHERE ") +
-                              kCondicionClave + " ORDER BY IdCedAnalitica";
+    Consulta cedula = db.consulta("SELECT IdCedAnalitica, " + kCamposClave +
+                                  ", Aplicado FROM CedAnalitica ORDER BY IdCedAnalitica");
+    const cedula::IndiceMovimientos indice(cedula);
+    std::vector<bool> aplicado(cedula.cuentaRegistros(), false);
     for (items.primero(); !items.eof(); items.siguiente()) {
-        Consulta filas = ConsultaCon(db, busca, ParametrosClave(ClaveDe(items)));
-        Valor libre;
-        for (filas.primero(); !filas.eof() && libre.esNulo(); filas.siguiente())
-            if (!filas["Aplicado"].booleano()) libre = filas["IdCedAnalitica"];
-        if (!libre.esNulo()) {
-            db.ejecuta("UPDATE CedAnalitica SET Aplicado = ? WHERE IdCedAnalitica = ?", true, libre);
-            db.ejecuta("UPDATE CedNoDeducibles SET IdCedAnalitica = ? WHERE rowid = ?", libre, items["Fila"]);
+        const auto& iguales = indice.busca(ClaveDe(items));
+        if (auto libre = PrimeroLibre(iguales, aplicado)) {
+            aplicado[*libre] = true;
+            cedula.mueveA(*libre);
+            db.ejecuta("UPDATE CedAnalitica SET Aplicado = ? WHERE IdCedAnalitica = ?", true, cedula["IdCedAnalitica"]);
+            db.ejecuta("UPDATE CedNoDeducibles SET IdCedAnalitica = ? WHERE rowid = ?", cedula["IdCedAnalitica"],
+                       items["Fila"]);
             continue;
         }
         // Both texts stand as the system has always written them.
         const std::string inicio =
-            filas.vacia() ? "No se pudo integrar el mov. " : "No se pudo integrar el movimiento. ";
+            iguales.empty() ? "No se pudo integrar el mov. " : "No se pudo integrar el movimiento. ";
         Registra(s,
                  inicio + Palabra(items["TipoMov"]) + " por " + SiNuloCero(items["Importe"]).moneda().texto() +
                      " No Deducible ya que no se encontró en la cédula analítica.",

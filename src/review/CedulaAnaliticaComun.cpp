@@ -26,6 +26,43 @@ ClaveMovimiento ClaveDe(const Consulta& c) {
             SiNuloCero(c["Importe"]).moneda()};
 }
 
+namespace {
+
+std::string SinMayusculas(std::string t) {
+    for (char& c : t)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return t;
+}
+
+std::string TextoIndice(const ClaveMovimiento& k) {
+    const char sep = '\x1f';
+    return SinMayusculas(k.poliza) + sep + SinMayusculas(k.tipo) + sep + k.fecha + sep + SinMayusculas(k.cuenta) +
+           sep + SinMayusculas(k.referencia) + sep + SinMayusculas(k.tipoMov) + sep +
+           std::to_string(k.importe.diezmilesimas());
+}
+
+}  // namespace
+
+IndiceMovimientos::IndiceMovimientos(const Consulta& c) {
+    Consulta r = c;
+    const char* campos[] = {"Poliza", "Tipo", "Fecha", "Cuenta", "Referencia", "TipoMov", "Importe"};
+    for (r.primero(); !r.eof(); r.siguiente()) {
+        bool nulo = false;
+        for (const char* campo : campos) nulo = nulo || r[campo].esNulo();
+        if (nulo) continue;  // "= NULL" is never true
+        ClaveMovimiento k{r["Poliza"].texto(),     r["Tipo"].texto(),    r["Fecha"].texto(),
+                          r["Cuenta"].texto(),     r["Referencia"].texto(), r["TipoMov"].texto(),
+                          r["Importe"].moneda()};
+        filas_[TextoIndice(k)].push_back(r.posicion());
+    }
+}
+
+const std::vector<size_t>& IndiceMovimientos::busca(const ClaveMovimiento& k) const {
+    static const std::vector<size_t> ninguna;
+    auto it = filas_.find(TextoIndice(k));
+    return it == filas_.end() ? ninguna : it->second;
+}
+
 std::vector<Valor> ParametrosClave(const ClaveMovimiento& k, std::initializer_list<Valor> extra) {
     std::vector<Valor> p{k.poliza, k.tipo, k.fecha, k.cuenta, k.referencia, k.tipoMov, k.importe};
     p.insert(p.end(), extra.begin(), extra.end());
@@ -45,10 +82,6 @@ Sentencia& Liga(BaseDatos& db, const std::string& sql, const std::vector<Valor>&
 
 Consulta ConsultaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& parametros) {
     return Consulta(Liga(db, sql, parametros));
-}
-
-int EjecutaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& parametros) {
-    return Liga(db, sql, parametros).ejecuta();
 }
 
 std::string Recorta(const std::string& t) {

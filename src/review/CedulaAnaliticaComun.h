@@ -5,6 +5,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/BaseDatos.h"
@@ -25,17 +26,27 @@ struct ClaveMovimiento {
 /// The key of the current row of `c` (fields `Poliza` ... `Importe`).
 ClaveMovimiento ClaveDe(const Consulta& c);
 
-/// The condition that finds a key, with its seven parameters in key order.
-inline constexpr const char* kCondicionClave =
-    "Poliza = ? AND Tipo = ? AND Fecha = ? AND Cuenta = ? AND Referencia = ? AND TipoMov = ? AND Importe = ?";
+/// The rows of a recordset by movement key, so that a search per saved row
+/// costs no scan of a schedule or a store that may hold tens of thousands of
+/// rows of one account. Keys compare as the SQL of the system compares them:
+/// texts without case (the engine's NOCASE, ASCII letters), the date as
+/// stored, the amount exactly; a row with a Null in its key matches nothing.
+class IndiceMovimientos {
+public:
+    /// `c` holds the seven key fields; positions are those of its rows.
+    explicit IndiceMovimientos(const Consulta& c);
+    /// Positions of the rows with the key, in the recordset's order.
+    const std::vector<size_t>& busca(const ClaveMovimiento& k) const;
+
+private:
+    std::unordered_map<std::string, std::vector<size_t>> filas_;
+};
 
 /// The key's seven values followed by `extra`, for binding.
 std::vector<Valor> ParametrosClave(const ClaveMovimiento& k, std::initializer_list<Valor> extra = {});
 
 /// A query whose parameters are given as a list.
 Consulta ConsultaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& parametros);
-/// A statement whose parameters are given as a list; returns the rows changed.
-int EjecutaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& parametros);
 
 /// The text without leading and trailing blanks (blanks only, not tabs).
 std::string Recorta(const std::string& t);

@@ -152,7 +152,7 @@ std::string Derecha(const std::string& t, size_t n) {
     return t.substr(Izquierda(t, total - n).size());
 }
 
-void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemillaCedula& semilla) {
+void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemilla& semillas) {
     const std::string cuenta = SiNuloTexto(regla["CtaIntegracion"]);
     const std::string descripcion = SiNuloTexto(regla["Descripcion"]);
     const double porcentaje = regla["Porcentaje"].real();
@@ -181,11 +181,11 @@ void AplicaCriterio(Sesion& s, const Consulta& regla, const FuenteSemillaCedula&
             break;
         case 10:
             SeleccionaMovimientosAleatorios(s, porcentaje, cuenta, id, s.UltimoMesImportado, s.UltimoMesNuevo,
-                                            descripcion, semilla);
+                                            descripcion, semillas);
             break;
         case 11:
             SeleccionaMovimientosAleatoriosTipo(s, porcentaje, cuenta, id, s.UltimoMesImportado, s.UltimoMesNuevo,
-                                                descripcion, semilla);
+                                                descripcion, semillas);
             break;
         default:  // selects nothing; the account is marked all the same
             break;
@@ -225,7 +225,7 @@ void QuitaMarcaDescripcion(Sesion& s) {
     }
 }
 
-void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemillaCedula& semilla) {
+void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemilla& semillas) {
     BaseDatos& db = *s.DbEmpresa;
     QuitaMarcaDescripcion(s);
     Consulta reglas =
@@ -240,7 +240,7 @@ void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemillaCedula& semilla) {
         LlenaMovimientosCuenta(s, cuenta);
         CompletaDatosPoliza(s);
         MarcaMovimientosRevisados(s, cuenta);
-        AplicaCriterio(s, reglas, semilla);
+        AplicaCriterio(s, reglas, semillas);
         db.ejecuta("UPDATE Cuentas SET PorRevisar = ? WHERE Cuenta = ?", true, cuenta);
     }
     ConservaRenglonesPerdidos(s);
@@ -287,27 +287,38 @@ void MarcaMovimientosRevisados(Sesion& s, const std::string& cuenta) {
         "SELECT IdCedAnalitica, Poliza, Tipo, Fecha, Cuenta, Referencia, TipoMov, Importe, VerObs, MovtoExistente "
         "FROM CedAnaliticaTmp WHERE Cuenta = ? ORDER BY Fecha ASC, VerObs ASC, IdCedAnalitica ASC",
         cuenta);
-    const std::string buscaMovimiento = std::string("SELECT rowid AS Fila, MovRevisado FROM SelecPolizas_DetalleTmp "
-                                                    "WHERE ") +
-                                        cedula::kCondicionClave + " ORDER BY Fecha ASC, rowid ASC";
+    Consulta movimientos = db.consulta(
+        "SELECT rowid AS Fila, Poliza, Tipo, Fecha, Cuenta, Referencia, TipoMov, Importe, MovRevisado "
+        "FROM SelecPolizas_DetalleTmp ORDER BY Fecha ASC, rowid ASC");
+    const cedula::IndiceMovimientos indice(movimientos);
+    std::vector<Valor> revisado;  // MovRevisado of each store row, as this walk leaves it
+    for (movimientos.primero(); !movimientos.eof(); movimientos.siguiente())
+        revisado.push_back(movimientos["MovRevisado"]);
+    auto marca = [&](size_t i) {
+        movimientos.mueveA(i);
+        db.ejecuta("UPDATE SelecPolizas_DetalleTmp SET MovRevisado = 1 WHERE rowid = ?", movimientos["Fila"]);
+        revisado[i] = 1;
+    };
+
     for (guardados.primero(); !guardados.eof(); guardados.siguiente()) {
         bool encontrado = false;
         if (SiNuloTexto(guardados["Referencia"]) == "Saldo Inicial" && guardados["Poliza"].esNulo()) {
             encontrado = true;  // an opening balance line has no voucher to look for
         } else {
-            Consulta m = cedula::ConsultaCon(db, buscaMovimiento, cedula::ParametrosClave(cedula::ClaveDe(guardados)));
+            const auto& iguales = indice.busca(cedula::ClaveDe(guardados));
             if (SiNuloCero(guardados["VerObs"]).entero() == 0) {
                 // A selection claims one movement of its own: two equal rows need two.
-                for (m.primero(); !m.eof() && !encontrado; m.siguiente())
-                    if (m["MovRevisado"].esNulo()) {
-                        db.ejecuta("UPDATE SelecPolizas_DetalleTmp SET MovRevisado = 1 WHERE rowid = ?", m["Fila"]);
+                for (size_t i : iguales)
+                    if (revisado[i].esNulo()) {
+                        marca(i);
                         encontrado = true;
+                        break;
                     }
-            } else if (!m.vacia()) {
+            } else if (!iguales.empty()) {
                 // A remark claims nothing.
                 encontrado = true;
-                if (!m["MovRevisado"].esNulo() && m["MovRevisado"].entero() == 0)
-                    db.ejecuta("UPDATE SelecPolizas_DetalleTmp SET MovRevisado = 1 WHERE rowid = ?", m["Fila"]);
+                const Valor& primero = revisado[iguales.front()];
+                if (!primero.esNulo() && primero.entero() == 0) marca(iguales.front());
             }
         }
         if (encontrado)

@@ -11,20 +11,14 @@
 // while the rebuild runs; the saved schedule is `CedAnaliticaTmp`.
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "platform/Moneda.h"
+#include "review/Sorteo.h"
 #include "session/Sesion.h"
 
 namespace velmorant {
-
-/// The seed of the random draws of criteria 10 and 11. The run seeds from the
-/// seconds since midnight before each draw; tests give a fixed source.
-using FuenteSemillaCedula = std::function<std::uint32_t()>;
-/// Seconds since local midnight, the clock of the draws.
-std::uint32_t SegundosDesdeMedianoche();
 
 /// Refreshes `TotalCta` of every `CedAnaliticaMaster` row: column "SdoFin"+mes
 /// of the account in `Balanzas`; when that is 0 or the account is absent, the
@@ -35,7 +29,8 @@ void ActualizaTotalCtaAnalitica(Sesion& s, int mes);
 /// `CedAnaliticaMaster`, saving it first and bringing the reviewer's work back
 /// after. With no rule the schedule is left untouched. Marks `PorRevisar` of
 /// each rule's account. Reads `UltimoMesImportado` and `UltimoMesNuevo`.
-void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemillaCedula& semilla = SegundosDesdeMedianoche);
+/// `semillas` seeds the draws of criteria 10 and 11 (the clock in a run).
+void ReconstruyeCedulaAnalitica(Sesion& s, const FuenteSemilla& semillas = SemillaDelReloj());
 
 /// Drops a trailing "*" from each `Descripcion` of `CedAnaliticaMaster`
 /// (blanks trimmed first; the text left is not trimmed again).
@@ -71,15 +66,16 @@ void SeleccionaTodosLosMovimientos(Sesion& s, const std::string& cuenta, int idC
 void SeleccionaMovimientosPorTipo(Sesion& s, const std::string& cuenta, double porcentaje, int idCriterio);
 /// Criterion 9: the rows matched with the earlier schedule, up to `ultimoMes`.
 void SeleccionaMovimientosRevisados(Sesion& s, const std::string& cuenta, int idCriterio, int ultimoMes);
-/// Criterion 10: earlier rows of normal sign, then a sample of the new months.
+/// Criterion 10: earlier rows of normal sign, then a sample of the new months,
+/// drawn as the account samples are and recorded in `HistorialSorteos`.
 void SeleccionaMovimientosAleatorios(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                      int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                     const FuenteSemillaCedula& semilla = SegundosDesdeMedianoche);
+                                     const FuenteSemilla& semillas = SemillaDelReloj());
 /// Criterion 11: as 10 over all signs, optionally debits or credits only;
 /// rows are added without remarks.
 void SeleccionaMovimientosAleatoriosTipo(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                          int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                         const FuenteSemillaCedula& semilla = SegundosDesdeMedianoche);
+                                         const FuenteSemilla& semillas = SemillaDelReloj());
 
 /// Criteria 2 and 8 whole: one or two percentage walks across
 /// `UltimoMesImportado`, then the rule's `Porcentaje`, `TotalCta` and
@@ -103,11 +99,5 @@ std::string NombreCriterioMovimientos(Sesion& s, int idCriterio, const std::stri
 /// A field (`Poliza`, `Tipo`, `Fecha`...) of the voucher as text; empty when
 /// the voucher is missing or the field Null. A date is ISO text.
 std::string DatoDePoliza(Sesion& s, std::int64_t idPoliza, const std::string& campo);
-
-/// `cuantas` distinct positions of 0..`total`-1, seeding from `semilla` before
-/// each draw and drawing again on a repeat; the very first draw cannot give 0.
-/// When `cuantas` reaches `total` (or exceeds it) the whole pool is returned,
-/// in order, instead of drawing.
-std::vector<int> SorteaPosicionesMovimientos(int total, int cuantas, const FuenteSemillaCedula& semilla);
 
 }  // namespace velmorant

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <ctime>
 #include <optional>
 
 #include "review/CedulaAnaliticaComun.h"
@@ -19,40 +18,7 @@ using cedula::Recorta;
 using cedula::TextoNumero;
 using cedula::RegistroCedula;
 
-std::uint32_t SegundosDesdeMedianoche() {
-    std::time_t ahora = std::time(nullptr);
-    std::tm local{};
-#ifdef _WIN32
-    localtime_s(&local, &ahora);
-#else
-    localtime_r(&ahora, &local);
-#endif
-    return static_cast<std::uint32_t>(local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec);
-}
-
 namespace {
-
-// The generator of the draws. Seeding mixes the seed into the state rather
-// than replacing it, so that draws seeded within the same second still move
-// on instead of repeating one number.
-class GeneradorSorteo {
-public:
-    void siembra(std::uint32_t semilla) { estado_ = Mezcla(estado_ ^ (semilla * 0x9E3779B97F4A7C15ULL)); }
-    /// A number in [0, 1).
-    double siguiente() {
-        estado_ = Mezcla(estado_);
-        return static_cast<double>(estado_ >> 11) * 0x1.0p-53;
-    }
-
-private:
-    std::uint64_t estado_ = 0x2545F4914F6CDD1DULL;
-    static std::uint64_t Mezcla(std::uint64_t z) {
-        z += 0x9E3779B97F4A7C15ULL;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ULL;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBULL;
-        return z ^ (z >> 31);
-    }
-};
 
 struct Limites {
     Moneda inferior, superior;
@@ -133,68 +99,87 @@ bool IgualSinMayusculas(const std::string& a, const std::string& b) {
     });
 }
 
-// Draws the sample of the new movements and registers it. Returns how many
-// were drawn, or nothing when fewer than three movements stand to be drawn.
-std::optional<int> RegistraMuestra(RegistroCedula& registro, const std::vector<FilaMovimiento>& nuevos,
-                                   double porcentaje, int idCriterio, const FuenteSemillaCedula& semilla) {
+// The history row of a movement draw, before the population is counted. A
+// movement rule has no review month: 0 stands in its place.
+RegistroSorteo Historial(int idCriterio, const std::string& cuenta, const std::string& descripcion,
+                         double porcentaje) {
+    RegistroSorteo h;
+    h.idCriterio = idCriterio;
+    h.mesRevision = 0;
+    h.ctaIntegracion = cuenta;
+    h.descripcion = descripcion;
+    h.porcentaje = static_cast<int>(RedondeaAlPar(porcentaje, 0));
+    return h;
+}
+
+// How many movements the rule's population holds, and their amount.
+void Poblacion(Sesion& s, const std::string& filtro, const std::string& cuenta, RegistroSorteo& h) {
+    Consulta c = s.DbEmpresa->consulta(
+        "SELECT COUNT(*) AS N, SUM(ImporteAbs) AS Total FROM SelecPolizas_DetalleTmp WHERE Cuenta = ? "
+        "AND ImporteAbs > 0" + filtro,
+        cuenta);
+    h.poblacion = static_cast<long>(c["N"].entero());
+    h.totalPoblacion = c["Total"].moneda();
+}
+
+// The earlier movements of the rule: those the earlier schedule held.
+std::vector<FilaMovimiento> RegistraPrevios(Sesion& s, RegistroCedula& registro, const std::string& filtro,
+                                            const std::string& cuenta, int ultimoMesImportado, RegistroSorteo& h) {
+    auto previos = Movimientos(s.DbEmpresa->consulta(
+        "SELECT * FROM SelecPolizas_DetalleTmp WHERE NumMesFechaPol <= ? AND Cuenta = ? AND ImporteAbs > 0" + filtro +
+            " AND MovRevisado=1 ORDER BY rowid",
+        ultimoMesImportado, cuenta));
+    for (auto& f : previos)
+        if (f.movRevisado.entero() == 1) registro.registra(f, static_cast<int>(h.idCriterio));
+    h.previas = static_cast<long>(previos.size());
+    return previos;
+}
+
+// A movement as the history names it: voucher type, number and date, and amount.
+std::string NombreMovimiento(const FilaMovimiento& f, Sesion& s) {
+    const std::int64_t id = SiNuloCero(f.idPoliza).entero();
+    return DatoDePoliza(s, id, "Tipo") + " " + DatoDePoliza(s, id, "Poliza") + " " + DatoDePoliza(s, id, "Fecha") +
+           " " + f.importe.texto();
+}
+
+}  // namespace
+
+namespace cedula {
+
+std::optional<int> SorteaMovimientosNuevos(Sesion& s, RegistroCedula& registro,
+                                           const std::vector<FilaMovimiento>& nuevos, double porcentaje,
+                                           RegistroSorteo& h, const FuenteSemilla& semillas) {
     const int n = static_cast<int>(nuevos.size());
     if (n < 3) return std::nullopt;
-    const int muestra = static_cast<int>(RedondeaAlPar(porcentaje * n / 100.0, 0));
-    auto posiciones = SorteaPosicionesMovimientos(n, muestra, semilla);
-    for (int p : posiciones) {
+    h.muestra = static_cast<long>(RedondeaAlPar(porcentaje * n / 100.0, 0));
+    h.porSortear = h.muestra;
+    h.disponibles = n;
+    h.sorteo = SorteaPosiciones(n, static_cast<int>(h.muestra), semillas);
+    for (int p : h.sorteo.posiciones) {
         // Found again by voucher, amount and text: the first such row of the set.
         const FilaMovimiento& sorteada = nuevos[static_cast<size_t>(p)];
         for (auto& f : nuevos)
             if (f.idPoliza == sorteada.idPoliza && f.importe == sorteada.importe &&
                 IgualSinMayusculas(SiNuloTexto(f.referencia), SiNuloTexto(sorteada.referencia))) {
-                registro.registra(f, idCriterio);
+                registro.registra(f, static_cast<int>(h.idCriterio));
+                h.cuentas.push_back(NombreMovimiento(f, s));
                 break;
             }
     }
-    return static_cast<int>(posiciones.size());
+    RegistraSorteo(*s.DbEmpresa, h);
+    return static_cast<int>(h.sorteo.posiciones.size());
 }
 
-long Cuenta(Sesion& s, const std::string& sql, const std::vector<Valor>& parametros) {
-    return static_cast<long>(cedula::ConsultaCon(*s.DbEmpresa, sql, parametros).cuentaRegistros());
-}
-
-}  // namespace
-
-std::vector<int> SorteaPosicionesMovimientos(int total, int cuantas, const FuenteSemillaCedula& semilla) {
-    std::vector<int> sorteadas;
-    if (total <= 0 || cuantas <= 0) return sorteadas;
-    if (cuantas >= total) {
-        // A pool no larger than the sample is taken whole: drawing could never end.
-        for (int i = 0; i < total; ++i) sorteadas.push_back(i);
-        return sorteadas;
-    }
-    GeneradorSorteo generador;
-    while (static_cast<int>(sorteadas.size()) < cuantas) {
-        generador.siembra(semilla());
-        const int p = std::min(total - 1, static_cast<int>(generador.siguiente() * total));
-        // The list of drawn positions starts as one empty element that reads as 0.
-        const bool repetida =
-            sorteadas.empty() ? p == 0 : std::find(sorteadas.begin(), sorteadas.end(), p) != sorteadas.end();
-        if (!repetida) sorteadas.push_back(p);
-    }
-    return sorteadas;
-}
+}  // namespace cedula
 
 void SeleccionaMovimientosAleatorios(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                      int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                     const FuenteSemillaCedula& semilla) {
+                                     const FuenteSemilla& semillas) {
     BaseDatos& db = *s.DbEmpresa;
-    const long poblacion = Cuenta(s,
-                                  "SELECT rowid FROM SelecPolizas_DetalleTmp WHERE Cuenta = ? AND ImporteAbs > 0 "
-                                  "AND NOT SaldoContraNat",
-                                  {cuenta});
+    RegistroSorteo h = Historial(idCriterio, cuenta, descripcion, porcentaje);
+    Poblacion(s, " AND NOT SaldoContraNat", cuenta, h);
     RegistroCedula registro(s);
-    auto previos = Movimientos(db.consulta(
-        "SELECT * FROM SelecPolizas_DetalleTmp WHERE NumMesFechaPol <= ? AND Cuenta = ? AND ImporteAbs > 0 "
-        "AND NOT SaldoContraNat AND MovRevisado = 1 ORDER BY rowid",
-        ultimoMesImportado, cuenta));
-    for (auto& f : previos)
-        if (f.movRevisado.entero() == 1) registro.registra(f, idCriterio);
+    RegistraPrevios(s, registro, " AND NOT SaldoContraNat", cuenta, ultimoMesImportado, h);
 
     const Limites limites = LimitesPorSigno(descripcion);
     std::vector<Valor> parametros{ultimoMesImportado + 1, ultimoMesNuevo, cuenta};
@@ -205,12 +190,12 @@ void SeleccionaMovimientosAleatorios(Sesion& s, double porcentaje, const std::st
         "AND ImporteAbs > 0 AND NOT SaldoContraNat AND MovRevisado=NULL";
     sql += FiltroLimites(limites, parametros) + " ORDER BY rowid";
     auto nuevos = Movimientos(cedula::ConsultaCon(db, sql, parametros));
-    auto sorteados = RegistraMuestra(registro, nuevos, porcentaje, idCriterio, semilla);
+    auto sorteados = cedula::SorteaMovimientosNuevos(s, registro, nuevos, porcentaje, h, semillas);
     if (!sorteados) return;
 
-    const long partidas = *sorteados + static_cast<long>(previos.size());
+    const long partidas = *sorteados + h.previas;
     const std::string texto = "Aleatoria del " + TextoNumero(porcentaje) + "%, " + std::to_string(partidas) +
-                              " partidas de " + std::to_string(poblacion) + TextoLimites(limites, true);
+                              " partidas de " + std::to_string(h.poblacion) + TextoLimites(limites, true);
     // TotalCta receives a count of movements here, not an amount.
     db.ejecuta("UPDATE CedAnaliticaMaster SET TotalCta = ?, Descripcion = ? WHERE CtaIntegracion = ? AND IdCriterio = ?",
                Moneda::desdeEntero(partidas), texto, cuenta, idCriterio);
@@ -218,24 +203,16 @@ void SeleccionaMovimientosAleatorios(Sesion& s, double porcentaje, const std::st
 
 void SeleccionaMovimientosAleatoriosTipo(Sesion& s, double porcentaje, const std::string& cuenta, int idCriterio,
                                          int ultimoMesImportado, int ultimoMesNuevo, const std::string& descripcion,
-                                         const FuenteSemillaCedula& semilla) {
+                                         const FuenteSemilla& semillas) {
     BaseDatos& db = *s.DbEmpresa;
     const bool todos = descripcion.find("Cargos y Abonos") != std::string::npos;
     const bool cargos = !todos && descripcion.find("Cargos") != std::string::npos;
     const bool abonos = !todos && !cargos && descripcion.find("Abonos") != std::string::npos;
 
-    std::string sqlPoblacion = "SELECT rowid FROM SelecPolizas_DetalleTmp WHERE Cuenta = ? AND ImporteAbs > 0";
-    if (cargos) sqlPoblacion += " AND TipoMov='D'";
-    if (abonos) sqlPoblacion += " AND TipoMov='H'";
-    const long poblacion = Cuenta(s, sqlPoblacion, {cuenta});
-
+    RegistroSorteo h = Historial(idCriterio, cuenta, descripcion, porcentaje);
+    Poblacion(s, cargos ? " AND TipoMov='D'" : abonos ? " AND TipoMov='H'" : "", cuenta, h);
     RegistroCedula registro(s, false);  // no remarks under this rule
-    auto previos = Movimientos(db.consulta(
-        "SELECT * FROM SelecPolizas_DetalleTmp WHERE NumMesFechaPol <= ? AND Cuenta = ? AND ImporteAbs > 0 "
-        "AND MovRevisado=1 ORDER BY rowid",
-        ultimoMesImportado, cuenta));
-    for (auto& f : previos)
-        if (f.movRevisado.entero() == 1) registro.registra(f, idCriterio);
+    RegistraPrevios(s, registro, "", cuenta, ultimoMesImportado, h);  // of any kind
 
     const Limites limites = LimitesPorPosicion(descripcion);
     std::vector<Valor> parametros{ultimoMesImportado + 1, ultimoMesNuevo, cuenta};
@@ -245,13 +222,13 @@ void SeleccionaMovimientosAleatoriosTipo(Sesion& s, double porcentaje, const std
     if (!todos) sql += cargos ? " AND TipoMov='D'" : " AND TipoMov='H'";
     sql += FiltroLimites(limites, parametros) + " ORDER BY rowid";
     auto nuevos = Movimientos(cedula::ConsultaCon(db, sql, parametros));
-    auto sorteados = RegistraMuestra(registro, nuevos, porcentaje, idCriterio, semilla);
+    auto sorteados = cedula::SorteaMovimientosNuevos(s, registro, nuevos, porcentaje, h, semillas);
     if (!sorteados) return;
 
-    const long partidas = *sorteados + static_cast<long>(previos.size());
+    const long partidas = *sorteados + h.previas;
     std::string texto = cargos ? "Aleatoria de Cargos" : abonos ? "Aleatoria de Abonos" : "Cargos y Abonos";
     texto += " del " + TextoNumero(porcentaje) + "%, " + std::to_string(partidas) + " partidas de " +
-             std::to_string(poblacion) + TextoLimites(limites, false);
+             std::to_string(h.poblacion) + TextoLimites(limites, false);
     db.ejecuta("UPDATE CedAnaliticaMaster SET Descripcion = ?, Porcentaje = ? WHERE CtaIntegracion = ? "
                "AND IdCriterio = 11",
                texto, porcentaje, cuenta);

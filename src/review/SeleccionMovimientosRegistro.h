@@ -3,10 +3,12 @@
 // rules by amount, percentage and kind and by the random ones.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/BaseDatos.h"
+#include "review/Sorteo.h"
 #include "session/Sesion.h"
 
 namespace velmorant::cedula {
@@ -53,5 +55,15 @@ private:
     bool observa_;
     std::int64_t ultimoIdVista_;  // the last row of the schedule when the rule began
 };
+
+/// The sample of the new months' movements of a random rule (10, 11): when
+/// three or more stand to be drawn, `porcentaje` of them (halves to even) are
+/// drawn, each found again by voucher, amount and text and registered, and
+/// the draw is recorded in `HistorialSorteos` with what `h` brings (rule,
+/// account, text, population, earlier movements). Returns how many were
+/// drawn, or nothing when fewer than three stood to be drawn.
+std::optional<int> SorteaMovimientosNuevos(Sesion& s, RegistroCedula& registro,
+                                           const std::vector<FilaMovimiento>& nuevos, double porcentaje,
+                                           RegistroSorteo& h, const FuenteSemilla& semillas);
 
 }  // namespace velmorant::cedula

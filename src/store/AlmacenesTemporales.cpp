@@ -13,16 +13,16 @@ namespace {
 
 using T = TipoCampo;
 
-DefCampo Texto(const std::string& n, int l) { return {n, T::Texto, l}; }
-DefCampo Long(const std::string& n) { return {n, T::Long}; }
-DefCampo Integer(const std::string& n) { return {n, T::Integer}; }
-DefCampo Byte(const std::string& n) { return {n, T::Byte}; }
-DefCampo Moneda(const std::string& n) { return {n, T::Moneda}; }
-DefCampo Booleano(const std::string& n) { return {n, T::Booleano}; }
-DefCampo FechaC(const std::string& n) { return {n, T::Fecha}; }
-DefCampo Single(const std::string& n) { return {n, T::Single}; }
-DefCampo Memo(const std::string& n) { return {n, T::Memo}; }
-DefCampo Contador(const std::string& n) { return {n, T::Contador}; }
+using campo::Booleano;
+using campo::Byte;
+using campo::Contador;
+using campo::FechaC;
+using campo::Integer;
+using campo::Long;
+using campo::Memo;
+using campo::Moneda;
+using campo::Single;
+using campo::Texto;
 
 DefTabla CuentasTmp() {
     return {"Cuentas",
@@ -163,8 +163,10 @@ bool Adjunta(Sesion& s, const std::string& alias) {
             s.DbEmpresa->adjunta(ruta, alias);
             s.DbEmpresa->escalar("SELECT count(*) FROM \"" + alias + "\".sqlite_schema");
             // A run's store is rebuilt by the next run: waiting for the disk
-            // on each of its commits buys nothing.
-            s.DbEmpresa->ejecutaScript("PRAGMA \"" + alias + "\".synchronous=OFF");
+            // on each of its commits buys nothing. (Not allowed, and not
+            // needed, inside an open transaction.)
+            if (!s.DbEmpresa->enTransaccion())
+                s.DbEmpresa->ejecutaScript("PRAGMA \"" + alias + "\".synchronous=OFF");
         } catch (const ErrorBaseDatos&) {
             SeparaSiPuede(s, alias);
             return false;

@@ -30,6 +30,20 @@ struct DefTabla {
     std::vector<DefIndice> indices;
 };
 
+/// Shorthands for the fields of a table description, by legacy type.
+namespace campo {
+inline DefCampo Texto(const std::string& n, int l = 255) { return {n, TipoCampo::Texto, l}; }
+inline DefCampo Memo(const std::string& n) { return {n, TipoCampo::Memo}; }
+inline DefCampo Long(const std::string& n) { return {n, TipoCampo::Long}; }
+inline DefCampo Integer(const std::string& n) { return {n, TipoCampo::Integer}; }
+inline DefCampo Byte(const std::string& n) { return {n, TipoCampo::Byte}; }
+inline DefCampo Moneda(const std::string& n) { return {n, TipoCampo::Moneda}; }
+inline DefCampo Booleano(const std::string& n) { return {n, TipoCampo::Booleano}; }
+inline DefCampo FechaC(const std::string& n) { return {n, TipoCampo::Fecha}; }
+inline DefCampo Single(const std::string& n) { return {n, TipoCampo::Single}; }
+inline DefCampo Contador(const std::string& n) { return {n, TipoCampo::Contador}; }
+}  // namespace campo
+
 /// Name of an index in SQLite, where index names are global to a file:
 /// the table's name, "_" and the index's own name.
 std::string NombreIndiceSqlite(const std::string& tabla, const std::string& indice);

@@ -8,15 +8,16 @@ namespace {
 
 using T = TipoCampo;
 
-DefCampo Texto(const std::string& n, int l = 255) { return {n, T::Texto, l}; }
-DefCampo Long(const std::string& n) { return {n, T::Long}; }
-DefCampo Integer(const std::string& n) { return {n, T::Integer}; }
-DefCampo Byte(const std::string& n) { return {n, T::Byte}; }
-DefCampo Moneda(const std::string& n) { return {n, T::Moneda}; }
-DefCampo Booleano(const std::string& n) { return {n, T::Booleano}; }
-DefCampo FechaC(const std::string& n) { return {n, T::Fecha}; }
-DefCampo Single(const std::string& n) { return {n, T::Single}; }
-DefCampo Memo(const std::string& n) { return {n, T::Memo}; }
+using campo::Booleano;
+using campo::Byte;
+using campo::Contador;
+using campo::FechaC;
+using campo::Integer;
+using campo::Long;
+using campo::Memo;
+using campo::Moneda;
+using campo::Single;
+using campo::Texto;
 
 std::string DosDigitos(int n) { return (n < 10 ? "0" : "") + std::to_string(n); }
 

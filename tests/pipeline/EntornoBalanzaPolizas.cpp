@@ -113,8 +113,8 @@ bool EmpresaDePrueba::nula(const std::string& tabla, const std::string& cuenta, 
     return s.DbEmpresa->escalar("SELECT " + columna + " FROM " + tabla + " WHERE Cuenta=?", cuenta).esNulo();
 }
 
-std::vector<Inconsistencia> EmpresaDePrueba::inconsistencias() {
-    std::vector<Inconsistencia> r;
+std::vector<FilaInconsistencia> EmpresaDePrueba::inconsistencias() {
+    std::vector<FilaInconsistencia> r;
     Consulta c = s.DbEmpresa->consulta(
         "SELECT Referencia, FuenteError, ClasifError, Poliza, Tipo, Fecha, Cuenta FROM InconsisImpTmp ORDER BY rowid");
     for (c.primero(); !c.eof(); c.siguiente())

@@ -23,7 +23,7 @@ namespace velmorant::prueba {
 inline Moneda M(const char* texto) { return Moneda::desdeTexto(texto).value(); }
 
 /// Records every label shown, in order.
-class ProgresoGrabado : public Progreso {
+class ProgresoDeBalanza : public Progreso {
 public:
     void etiqueta(const std::string& t) override { etiquetas.push_back(t); }
     void maximo(long) override {}
@@ -43,7 +43,7 @@ struct DatosPoliza {
     bool ajuste = false;
 };
 
-struct Inconsistencia {
+struct FilaInconsistencia {
     std::string referencia, fuente, clasif, poliza, tipo, fecha, cuenta;
 };
 
@@ -74,10 +74,10 @@ public:
 
     Moneda celda(const std::string& tabla, const std::string& cuenta, const std::string& columna);
     bool nula(const std::string& tabla, const std::string& cuenta, const std::string& columna);
-    std::vector<Inconsistencia> inconsistencias();
+    std::vector<FilaInconsistencia> inconsistencias();
 
     CarpetaTemporal carpeta;
-    ProgresoGrabado progreso;
+    ProgresoDeBalanza progreso;
     Sesion s;
 };
 

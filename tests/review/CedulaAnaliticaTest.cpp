@@ -125,6 +125,19 @@ TEST_F(CedulaAnalitica, UnMovimientoEncontradoPorSuClaveRecuperaTodoSuTrabajoAun
     EXPECT_EQ(PerdidosGuardados(), 0);
 }
 
+TEST_F(CedulaAnalitica, LaClaveNoDistingueMayusculasComoElMotor) {
+    Carga({X}, 1);
+    Folio(Cedula(X, 4, Marca("M")), "F-1");
+    Mov otro = X;
+    otro.referencia = "ANTICIPO";
+    otro.tipo = "DR";
+    Carga({otro}, 9);
+    Reconstruye();
+    EXPECT_EQ(Marcas(), Lista{"M"});
+    EXPECT_EQ(Cuantos("SELECT COUNT(*) FROM UUIDAnalitica"), 1);
+    EXPECT_TRUE(Log().empty());
+}
+
 TEST_F(CedulaAnalitica, DosRenglonesGuardadosIgualesNecesitanDosMovimientosIguales) {
     struct Caso {
         int nuevos;

@@ -92,7 +92,7 @@ protected:
 
     /// Phase C's schedule steps as the run calls them: inside one transaction
     /// over the company connection.
-    void Reconstruye(const FuenteSemillaCedula& semilla = SegundosDesdeMedianoche) {
+    void Reconstruye(const FuenteSemilla& semilla = SemillaDelReloj()) {
         Transaccion t(db());
         ReconstruyeCedulaAnalitica(s, semilla);
         ReintegraNoDeducibles(s);

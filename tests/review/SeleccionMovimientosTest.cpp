@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <set>
 
 #include "review/CedulaAnalitica.h"
 #include "review/EntornoCedula.h"
 #include "review/SeleccionMovimientos.h"
+#include "review/SeleccionMovimientosRegistro.h"
 #include "session/Funciones.h"
 
 using namespace velmorant;
@@ -357,7 +357,7 @@ TEST_F(SeleccionMovimientos, LaReglaDiezTomaLosRevisadosYNoSorteaNadaNuevo) {
     const std::string texto = "Aleatoria del 50%, 2 partidas de 4, < 1";
     Regla(10, "1101", 50, "0", "2", texto);
     int semillas = 0;
-    Reconstruye([&] { return static_cast<std::uint32_t>(++semillas); });
+    Reconstruye([&] { return static_cast<std::uint64_t>(++semillas); });
     // "MovRevisado=NULL" selects no new movement, so nothing is drawn and the rule is left as it was.
     EXPECT_EQ(Filas(), (Lista{"10|x|10|0|"}));
     EXPECT_EQ(semillas, 0);
@@ -365,30 +365,53 @@ TEST_F(SeleccionMovimientos, LaReglaDiezTomaLosRevisadosYNoSorteaNadaNuevo) {
     EXPECT_EQ(TotalCta(10), M("2"));
 }
 
-TEST_F(SeleccionMovimientos, ElSorteoDaPosicionesDistintasYUnaBolsaPequenaSeTomaEntera) {
-    int reloj = 41000;
-    FuenteSemillaCedula fija = [&] { return static_cast<std::uint32_t>(reloj); };  // the same second every time
-    for (int total : {2, 3, 10, 50}) {
-        for (int cuantas = 0; cuantas <= total + 2; ++cuantas) {
-            SCOPED_TRACE(std::to_string(cuantas) + " de " + std::to_string(total));
-            auto p = SorteaPosicionesMovimientos(total, cuantas, fija);
-            EXPECT_EQ(static_cast<int>(p.size()), std::min(cuantas, total));
-            EXPECT_EQ(std::set<int>(p.begin(), p.end()).size(), p.size());
-            for (int x : p) EXPECT_TRUE(x >= 0 && x < total);
-            if (cuantas >= total) {
-                std::vector<int> todas;
-                for (int i = 0; i < total; ++i) todas.push_back(i);
-                EXPECT_EQ(p, todas);
-            } else if (!p.empty()) {
-                EXPECT_NE(p.front(), 0) << "the first draw cannot give position 0";
-            }
-        }
+TEST_F(SeleccionMovimientos, UnSorteoDeMovimientosRegistraLaMuestraYQuedaEnElHistorial) {
+    Cuenta("1101");
+    std::vector<Mov> movs{D("n1", "2024-03-01", "10"), D("n2", "2024-03-02", "20"), D("n3", "2024-03-03", "30"),
+                          D("n4", "2024-03-04", "40"), D("n5", "2024-03-05", "50")};
+    Carga(movs, 1);
+    Regla(10, "1101", 40);
+    AbreAlmacenMovimientos();
+    LlenaMovimientosCuenta(s, "1101");
+    CompletaDatosPoliza(s);
+    auto nuevos = cedula::Movimientos(db().consulta("SELECT * FROM SelecPolizas_DetalleTmp ORDER BY rowid"));
+
+    RegistroSorteo h;
+    h.idCriterio = 10;
+    h.ctaIntegracion = "1101";
+    h.descripcion = "Aleatoria del 40%, 3 partidas de 6";
+    h.poblacion = 6;
+    h.previas = 1;
+    std::uint64_t reloj = 1000;
+    FuenteSemilla semillas = [&] { return reloj += 7; };
+    cedula::RegistroCedula registro(s);
+    ASSERT_EQ(cedula::SorteaMovimientosNuevos(s, registro, nuevos, 40, h, semillas), 2);  // 40 % of 5
+
+    Consulta hs = db().consulta("SELECT * FROM HistorialSorteos");
+    ASSERT_EQ(hs.cuentaRegistros(), 1u);
+    EXPECT_EQ(hs["IdCriterio"].entero(), 10);
+    EXPECT_EQ(hs["CtaIntegracion"].texto(), "1101");
+    EXPECT_EQ(hs["Descripcion"].texto(), "Aleatoria del 40%, 3 partidas de 6");
+    EXPECT_EQ(hs["Muestra"].entero(), 2);
+    EXPECT_EQ(hs["Disponibles"].entero(), 5);
+    EXPECT_EQ(hs["Previas"].entero(), 1);
+    EXPECT_FALSE(hs["Semillas"].texto().empty());
+    // The rows registered are the positions drawn, in the order drawn, and the history names them.
+    const std::string posiciones = hs["Posiciones"].texto();
+    ASSERT_EQ(posiciones.size(), 3u) << posiciones;
+    Lista esperadas, nombres;
+    for (size_t p : {static_cast<size_t>(posiciones[0] - '0'), static_cast<size_t>(posiciones[2] - '0')}) {
+        esperadas.push_back("10|" + movs[p].poliza + "|" + movs[p].importe + "|0|");
+        nombres.push_back("Dr " + movs[p].poliza + " " + movs[p].fecha + " " + movs[p].importe);
     }
-    EXPECT_EQ(SorteaPosicionesMovimientos(50, 7, fija), SorteaPosicionesMovimientos(50, 7, fija));
-    int otra = 0;
-    EXPECT_NE(SorteaPosicionesMovimientos(50, 7, fija),
-              SorteaPosicionesMovimientos(50, 7, [&] { return static_cast<std::uint32_t>(otra += 3); }));
-    EXPECT_TRUE(SorteaPosicionesMovimientos(0, 3, fija).empty());
+    EXPECT_EQ(Filas(), esperadas);
+    EXPECT_EQ(hs["Cuentas"].texto(), nombres[0] + "," + nombres[1]);
+
+    // With fewer than three movements to draw from, nothing is drawn nor recorded.
+    std::vector<cedula::FilaMovimiento> pocos(nuevos.begin(), nuevos.begin() + 2);
+    RegistroSorteo otro = h;
+    EXPECT_FALSE(cedula::SorteaMovimientosNuevos(s, registro, pocos, 100, otro, semillas).has_value());
+    EXPECT_EQ(Cuantos("SELECT COUNT(*) FROM HistorialSorteos"), 1);
 }
 
 // ------------------------------------------------------- Totals and lookups
