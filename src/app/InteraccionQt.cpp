@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QStringList>
 
 #include "app/frm000MsgInconsistencias.h"
@@ -31,21 +32,23 @@ QString TextoDeMensaje(const std::string& texto) {
 }
 
 bool InteraccionQt::mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) {
-    QString t = QString::fromStdString(titulo);
-    QString x = TextoDeMensaje(texto);
-    switch (tipo) {
-        case TipoMensaje::Critico:
-            QMessageBox::critical(ventana(), t, x);
-            return false;
-        case TipoMensaje::Aviso:
-            QMessageBox::warning(ventana(), t, x);
-            return false;
-        case TipoMensaje::Informacion:
-            QMessageBox::information(ventana(), t, x);
-            return false;
-        case TipoMensaje::Pregunta:
-            return QMessageBox::question(ventana(), t, x, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+    QMessageBox caja(ventana());
+    caja.setWindowTitle(QString::fromStdString(titulo));
+    caja.setText(TextoDeMensaje(texto));
+    caja.setTextFormat(Qt::PlainText);
+    if (tipo == TipoMensaje::Pregunta) {
+        caja.setIcon(QMessageBox::Question);
+        QPushButton* si = caja.addButton("&Sí", QMessageBox::YesRole);
+        caja.addButton("&No", QMessageBox::NoRole);
+        caja.setDefaultButton(si);
+        caja.exec();
+        return caja.clickedButton() == si;
     }
+    caja.setIcon(tipo == TipoMensaje::Critico ? QMessageBox::Critical
+                 : tipo == TipoMensaje::Aviso ? QMessageBox::Warning
+                                              : QMessageBox::Information);
+    caja.setEscapeButton(caja.addButton("Aceptar", QMessageBox::AcceptRole));
+    caja.exec();
     return false;
 }
 

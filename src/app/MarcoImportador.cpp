@@ -3,9 +3,11 @@
 #include <QGridLayout>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTimer>
 
 #include "app/InteraccionQt.h"
 #include "app/RegistroFormularios.h"
+#include "pipeline/Importacion.h"
 #include "platform/ErrorLectura.h"
 #include "session/Funciones.h"
 #include "session/ProgramaTerminado.h"
@@ -229,6 +231,9 @@ void MarcoImportador::showEvent(QShowEvent* evento) {
         mostrado_ = true;
         resize(size().expandedTo(sizeHint()));
         CentraEnPantalla(this);
+        // After the form's modal loop has started, so that the load may
+        // end the program.
+        QTimer::singleShot(0, this, [this] { Protege([this] { Form_Load(); }); });
     }
     QDialog::showEvent(evento);
 }
@@ -248,8 +253,8 @@ void MarcoImportador::Protege(const std::function<void()>& accion) {
         accion();
     } catch (const ProgramaTerminado&) {
         TerminaPrograma();
-    } catch (const ErrorLectura& e) {
-        MsgCritico(sesion_, e.what());
+    } catch (const ErrorLectura&) {
+        // The reader has said what it could not read.
         TerminaPrograma();
     } catch (const std::exception& e) {
         ReportaError(sesion_, e, true);
@@ -317,9 +322,9 @@ void MarcoImportador::chkMes_Click(int mes, bool marcado) {
 
 // -------------------------------------------------------------------- Run
 
-bool MarcoImportador::FaltaArchivo(const ArchivoDelMarco& archivo, bool aviso) {
+bool MarcoImportador::FaltaArchivo(const ArchivoDelMarco& archivo) {
     if (archivo.faltante.empty() || !elo(archivo.control)->text().isEmpty()) return false;
-    if (aviso)
+    if (archivo.avisoFaltante)
         MsgAviso(sesion_, archivo.faltante);
     else
         MsgInformacion(sesion_, archivo.faltante);
@@ -336,9 +341,9 @@ bool MarcoImportador::ValidaPolizas() {
 
 bool MarcoImportador::ValidaRutas() {
     if (!ValidaPropios()) return false;
-    if (EnAnioAnterior()) return !FaltaArchivo(*descripcion_.anioAnterior, true);
+    if (EnAnioAnterior()) return !FaltaArchivo(*descripcion_.anioAnterior);
     for (const auto& archivo : descripcion_.archivos)
-        if (FaltaArchivo(archivo, false)) return false;
+        if (FaltaArchivo(archivo)) return false;
     return ValidaPolizas();
 }
 
@@ -349,9 +354,36 @@ void MarcoImportador::cmdImportar_Click() {
 }
 
 void MarcoImportador::EjecutaImportacion() {
-    // The core's run engine takes the files from here. Until this form's
-    // readers are part of the program, it says so and stays open.
-    MsgAviso(sesion_, "La importación de este sistema contable aún no está disponible en esta versión.");
+    std::unique_ptr<Importador> importador = CreaImportador();
+    if (!importador) {
+        MsgAviso(sesion_, "La importación de este sistema contable no está disponible en esta versión.");
+        return;
+    }
+    const ArchivosImportacion archivos = Archivos();
+    const bool anioAnterior = EnAnioAnterior();
+    ProgresoQt& barra = progreso();
+    Progreso* anterior = sesion_.progreso;
+    AlternaFormulario();
+    sesion_.progreso = &barra;
+    ResultadoImportacion r;
+    try {
+        r = anioAnterior ? EjecutaSaldosAnioAnterior(sesion_, *importador, archivos.saldosAnioAnterior)
+                         : velmorant::EjecutaImportacion(sesion_, *importador, archivos);
+    } catch (...) {
+        sesion_.progreso = anterior;
+        throw;
+    }
+    sesion_.progreso = anterior;
+    barra.visible(false);
+    AlternaFormulario();
+    switch (r) {
+        case ResultadoImportacion::Terminada:
+        case ResultadoImportacion::ConPerdidas: accept(); break;
+        case ResultadoImportacion::PeriodoInvalido:
+        case ResultadoImportacion::ArchivosFaltantes: cmdCancelar->setFocus(); break;
+        case ResultadoImportacion::NoContinuada:
+        case ResultadoImportacion::Fallida: break;
+    }
 }
 
 }  // namespace velmorant::app

@@ -40,6 +40,7 @@ struct ArchivoDelMarco {
     std::string ArchivosImportacion::*campo = nullptr;
     std::string faltante;  // empty: optional
     QString focoFaltante;  // takes the focus then; empty: the row's button
+    bool avisoFaltante = false;  // the message is a warning, not a notice
 };
 
 /// What an importer form shows.
@@ -79,7 +80,7 @@ public:
 
     /// The paths chosen, as the run takes them; a month counts only when
     /// its box is ticked.
-    ArchivosImportacion Archivos() const;
+    virtual ArchivosImportacion Archivos() const;
     /// True when the prior-year tab is the one in hand.
     bool EnAnioAnterior() const;
 
@@ -111,10 +112,17 @@ protected:
     virtual bool ValidaRutas();
     virtual bool ValidaPropios() { return true; }
     virtual bool ValidaPolizas();
+    /// What the form does once it shows (the form's load), after the
+    /// dispatch has opened it.
+    virtual void Form_Load() {}
     /// A step between the checks and the run (a parameters form).
     virtual bool PreparaImportacion() { return true; }
-    /// The run: the form is disabled, the core's run engine reads the
-    /// files and commits; a finished run unloads the form.
+    /// The importer of the form's link with what the form chose; null when
+    /// this program has none for it.
+    virtual std::unique_ptr<Importador> CreaImportador() { return nullptr; }
+    /// The run: the form is disabled and the core's run engine reads the
+    /// files, checks and commits. A finished run unloads the form; a refused
+    /// one gives it back.
     virtual void EjecutaImportacion();
     /// Whether month `mes` (1..12) is offered now.
     virtual bool mesDisponible(int mes) const;
@@ -150,7 +158,7 @@ private:
     void AutocompletaDesdeEnero();
     /// Every path of the form but the one in `excepto`.
     std::vector<std::string> RutasElegidas(const QLineEdit* excepto) const;
-    bool FaltaArchivo(const ArchivoDelMarco& archivo, bool aviso);
+    bool FaltaArchivo(const ArchivoDelMarco& archivo);
 };
 
 /// Moves a form to the centre of its screen.

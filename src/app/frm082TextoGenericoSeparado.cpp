@@ -1,6 +1,10 @@
 #include "app/frm082TextoGenericoSeparado.h"
 
+#include "app/frm083ParametrosTextoGenerico.h"
+#include "layouts/Configuraciones.h"
+#include "layouts/ImportadorTextoDelimitado.h"
 #include "session/Funciones.h"
+#include "session/ProgramaTerminado.h"
 
 namespace velmorant::app {
 
@@ -14,12 +18,14 @@ DescripcionMarco DescripcionTextoGenerico() {
          {"Búsqueda del Archivo *.TXT - Catálogo de cuentas", filtro, kClaveCatalogo},
          &ArchivosImportacion::catalogo,
          "Especifique por favor el archivo que contiene el Catalogo de cuentas",
-         "cmdCancelar"},
+         "cmdCancelar",
+         true},
         {"eloRutaArchSaldosIni", "cmdSaldosIni", "Saldos iniciales",
          {"Búsqueda del Archivo *.TXT - Saldos iniciales", filtro, kClaveSaldosIniciales},
          &ArchivosImportacion::saldosIniciales,
          "",
-         ""},
+         "",
+         false},
     };
     d.meses = true;
     d.selectorMes = {"Búsqueda del Archivo de Pólizas del mes de ", filtro, kClavePolizasMes};
@@ -30,7 +36,8 @@ DescripcionMarco DescripcionTextoGenerico() {
                                       kClaveSaldosAnioAnterior},
                                      &ArchivosImportacion::saldosAnioAnterior,
                                      "Especifique por favor el archivo que contiene los saldos finales del año anterior",
-                                     ""};
+                                     "",
+                                     true};
     return d;
 }
 
@@ -90,7 +97,7 @@ void frm082TextoGenericoSeparado::chkUnArchivo_Click(bool marcado) {
 
 bool frm082TextoGenericoSeparado::ValidaPropios() {
     if (optTabulacion->isChecked() || optOtro->isChecked()) return true;
-    MsgInformacion(sesion_, "Especifique por favor el caracter separador");
+    MsgAviso(sesion_, "Especifique por favor el caracter separador");
     optOtro->setFocus();
     return false;
 }
@@ -98,9 +105,51 @@ bool frm082TextoGenericoSeparado::ValidaPropios() {
 bool frm082TextoGenericoSeparado::ValidaPolizas() {
     if (!chkUnArchivo->isChecked()) return MarcoImportador::ValidaPolizas();
     if (!eloPathMes[0]->text().isEmpty()) return true;
-    MsgInformacion(sesion_, "Especifique por favor la ubicación del archivo que contiene las pólizas");
+    MsgAviso(sesion_, "Especifique por favor la ubicación del archivo que contiene las pólizas");
     cmdAbrirMes[0]->setFocus();
     return false;
+}
+
+void frm082TextoGenericoSeparado::Form_Load() {
+    sesion_.IdSistemaElegido = kEnlaceTextoGenerico;
+    Configuracion_ = IniciaConfiguraciones(sesion_).Configuracion;
+}
+
+bool frm082TextoGenericoSeparado::PreparaImportacion() {
+    const ArchivosImportacion a = Archivos();
+    EntradaParametros entrada;
+    entrada.catalogo = a.catalogo;
+    entrada.saldosIniciales = a.saldosIniciales;
+    entrada.polizas = a.polizas;
+    for (const auto& ruta : a.meses)
+        if (entrada.polizas.empty()) entrada.polizas = ruta;
+    entrada.saldosAnioAnterior = a.saldosAnioAnterior;
+    entrada.anioAnterior = EnAnioAnterior();
+    entrada.separador = Separador();
+    entrada.configuracion = Configuracion_;
+    frm083ParametrosTextoGenerico parametros(sesion_, entrada, this);
+    if (parametros.exec() != QDialog::Accepted) throw ProgramaTerminado("Definir Parametros: cancelado");
+    Configuracion_ = parametros.Configuracion();
+    lectura_.separador = entrada.separador;
+    lectura_.Titulos = parametros.Titulos();
+    CargaConfigEmpresa(sesion_, Configuracion_, lectura_.config);
+    // The delimiter no longer changes once the layout was read with it.
+    fraSeparador->setEnabled(false);
+    return true;
+}
+
+std::unique_ptr<Importador> frm082TextoGenericoSeparado::CreaImportador() {
+    return std::make_unique<ImportadorTextoDelimitado>(lectura_, chkUnArchivo->isChecked());
+}
+
+ArchivosImportacion frm082TextoGenericoSeparado::Archivos() const {
+    ArchivosImportacion a = MarcoImportador::Archivos();
+    if (chkUnArchivo->isChecked()) {
+        // The one file of the year stands in January's row.
+        a.polizas = eloPathMes[0]->text().toStdString();
+        a.meses = {};
+    }
+    return a;
 }
 
 }  // namespace velmorant::app

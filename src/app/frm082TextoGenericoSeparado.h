@@ -8,6 +8,7 @@
 #include <QRadioButton>
 
 #include "app/MarcoImportador.h"
+#include "layouts/TextoDelimitado.h"
 
 namespace velmorant::app {
 
@@ -25,13 +26,29 @@ public:
     /// The delimiter chosen: a tab, or the text of `cboSeparador` whole
     /// (any length); empty when neither option is on.
     std::string Separador() const;
+    /// How the files will be read: delimiter, title row and layout, as the
+    /// parameters form left them.
+    const LecturaDelimitada& lectura() const { return lectura_; }
+    /// The current layout's name.
+    const std::string& Configuracion() const { return Configuracion_; }
+    /// With "Un solo archivo" the January row is the year's one file.
+    ArchivosImportacion Archivos() const override;
 
 protected:
     bool ValidaPropios() override;
     bool ValidaPolizas() override;
     bool mesDisponible(int mes) const override;
+    /// The layout store opened as every generic importer opens it.
+    void Form_Load() override;
+    /// The parameters form: its layout becomes the form's; its cancel ends
+    /// the program.
+    bool PreparaImportacion() override;
+    std::unique_ptr<Importador> CreaImportador() override;
 
 private:
+    LecturaDelimitada lectura_;
+    std::string Configuracion_;
+
     void chkUnArchivo_Click(bool marcado);
 };
 

@@ -4,6 +4,9 @@
 // closes, the program ends.
 
 #include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
 
 #include "app/InteraccionQt.h"
 #include "app/frm000ImportarInicio.h"
@@ -17,6 +20,12 @@ int main(int argc, char** argv) {
     QApplication aplicacion(argc, argv);
     QApplication::setApplicationName("VELMORANT");
     QApplication::setApplicationVersion(QString::fromStdString(VersionDelPrograma()));
+    // The toolkit's own dialogs (files, printing) in Spanish where the
+    // system has their translation.
+    QLocale::setDefault(QLocale(QLocale::Spanish, QLocale::Mexico));
+    QTranslator traduccion;
+    if (traduccion.load(QLocale(), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&traduccion);
     app::InteraccionQt interaccion;
     Sesion sesion;
     sesion.interaccion = &interaccion;

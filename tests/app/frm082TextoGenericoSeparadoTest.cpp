@@ -176,7 +176,8 @@ private slots:
             QVERIFY(!f.cmdAbrirMes[i]->isVisible());
         }
         auto archivos = f.Archivos();
-        QCOMPARE(archivos.meses[0], enero);
+        QCOMPARE(archivos.polizas, enero);  // the year's one file
+        QCOMPARE(archivos.meses[0], std::string());
         QCOMPARE(archivos.meses[1], std::string());
         QTest::mouseClick(f.chkUnArchivo, Qt::LeftButton);
         QVERIFY(f.chkMes[1]->isVisible());
@@ -194,15 +195,15 @@ private slots:
             QWidget* foco;
         };
         const Paso pasos[] = {
-            {[] {}, "Especifique por favor el caracter separador", f.optOtro},
-            {[&] { f.optOtro->setChecked(true); }, "Especifique por favor el archivo que contiene el Catalogo de cuentas",
+            {[] {}, "Especifique por favor el caracter separador\r", f.optOtro},
+            {[&] { f.optOtro->setChecked(true); }, "Especifique por favor el archivo que contiene el Catalogo de cuentas\r",
              f.cmdCancelar},
             {[&] {
                  e.ui.archivos = {catalogo};
                  QTest::mouseClick(f.boton("cmdCatalogo"), Qt::LeftButton);
                  f.chkUnArchivo->click();
              },
-             "Especifique por favor la ubicación del archivo que contiene las pólizas", f.cmdAbrirMes[0]},
+             "Especifique por favor la ubicación del archivo que contiene las pólizas\r", f.cmdAbrirMes[0]},
             {[&] { f.tboBase->setCurrentIndex(1); },
              "Especifique por favor el archivo que contiene los saldos finales del año anterior\r",
              f.boton("cmdSaldosFinAnioAnt")},

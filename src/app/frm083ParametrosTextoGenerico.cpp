@@ -1,0 +1,563 @@
+#include "app/frm083ParametrosTextoGenerico.h"
+
+#include <QButtonGroup>
+#include <QEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QRegularExpressionValidator>
+#include <QVBoxLayout>
+
+#include "app/MarcoImportador.h"
+#include "session/Funciones.h"
+
+namespace velmorant::app {
+
+// -------------------------------------------------------- ModeloVistaPrevia
+
+void ModeloVistaPrevia::muestra(VistaPrevia vista) {
+    beginResetModel();
+    vista_ = std::move(vista);
+    endResetModel();
+}
+
+int ModeloVistaPrevia::rowCount(const QModelIndex& padre) const {
+    return padre.isValid() ? 0 : static_cast<int>(vista_.filas.size());
+}
+
+int ModeloVistaPrevia::columnCount(const QModelIndex& padre) const {
+    return padre.isValid() ? 0 : static_cast<int>(vista_.columnas.size());
+}
+
+QVariant ModeloVistaPrevia::data(const QModelIndex& indice, int rol) const {
+    if (rol != Qt::DisplayRole || !indice.isValid()) return {};
+    const auto& fila = vista_.filas[static_cast<size_t>(indice.row())];
+    size_t columna = static_cast<size_t>(indice.column());
+    return columna < fila.size() ? QString::fromStdString(fila[columna]) : QString();
+}
+
+QVariant ModeloVistaPrevia::headerData(int seccion, Qt::Orientation orientacion, int rol) const {
+    if (rol != Qt::DisplayRole) return {};
+    if (orientacion == Qt::Horizontal)
+        return seccion < columnCount() ? QString::fromStdString(vista_.columnas[static_cast<size_t>(seccion)])
+                                       : QVariant();
+    return seccion + 1;
+}
+
+// ------------------------------------------------------------------- Form
+
+namespace {
+
+std::int16_t Valor16(const QLineEdit* caja) {
+    bool ok = false;
+    int v = caja->text().toInt(&ok);
+    return ok ? static_cast<std::int16_t>(v) : 0;
+}
+
+void Muestra(QLineEdit* caja, std::int16_t valor) { caja->setText(valor > 0 ? QString::number(valor) : QString()); }
+
+QGroupBox* Grupo(QWidget* padre, const QString& titulo, QGridLayout*& rejilla) {
+    auto* grupo = new QGroupBox(titulo, padre);
+    rejilla = new QGridLayout(grupo);
+    rejilla->setColumnStretch(2, 1);
+    rejilla->setColumnMinimumWidth(2, 24);
+    rejilla->setColumnStretch(5, 1);
+    return grupo;
+}
+
+}  // namespace
+
+frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, const EntradaParametros& entrada,
+                                                             QWidget* padre)
+    : QDialog(padre), sesion_(sesion), entrada_(entrada) {
+    setObjectName("frm083ParametrosTextoGenerico");
+    setWindowTitle("Definir Parametros");
+    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+
+    // The layout store, as every generic importer opens it.
+    sesion_.IdSistemaElegido = kEnlaceTextoGenerico;
+    InicioConfiguraciones inicio = IniciaConfiguraciones(sesion_);
+    f_.tipo = FormularioParametros::TextoGenerico;
+    f_.Configuracion = entrada_.configuracion.empty() ? inicio.Configuracion : entrada_.configuracion;
+    CargaConfigEmpresa(sesion_, f_.Configuracion, f_.registro);
+    f_.lista = LlenaComboConfiguraciones(sesion_);
+    f_.textoLista = f_.Configuracion;
+    f_.filaElegida = true;
+    PestanaSaldos pestana = entrada_.anioAnterior                  ? PestanaSaldos::SaldosFinalesAnioAnterior
+                            : !entrada_.saldosIniciales.empty() ? PestanaSaldos::SaldosIniciales
+                                                                : PestanaSaldos::Ninguna;
+    f_.cajas = InicializaParametros(f_.tipo, f_.registro, pestana);
+
+    cboConfiguraciones = new QComboBox(this);
+    cboConfiguraciones->setObjectName("cboConfiguraciones");
+    cboConfiguraciones->setEditable(true);
+    cboConfiguraciones->setInsertPolicy(QComboBox::NoInsert);
+    cboConfiguraciones->setMinimumContentsLength(40);
+    cboConfiguraciones->lineEdit()->setMaxLength(50);
+    cboConfiguraciones->lineEdit()->installEventFilter(this);
+    auto* etiquetaLista = new QLabel("C&onfiguración:", this);
+    etiquetaLista->setBuddy(cboConfiguraciones);
+    auto* lista = new QHBoxLayout;
+    lista->addWidget(etiquetaLista);
+    lista->addWidget(cboConfiguraciones, 1);
+
+    tboConfigArchivos = new QTabWidget(this);
+    tboConfigArchivos->setObjectName("tboConfigArchivos");
+    tboConfigArchivos->addTab(construyeCatalogo(), "Catálogo de Cuentas");
+    tboConfigArchivos->addTab(construyePolizas(), "Pólizas");
+    if (pestana == PestanaSaldos::SaldosFinalesAnioAnterior)
+        tboConfigArchivos->addTab(construyeSaldos("Saldos Finales Año Anterior"), "Saldos Finales Año Anterior");
+    else if (pestana == PestanaSaldos::SaldosIniciales)
+        tboConfigArchivos->addTab(construyeSaldos("Saldos Iniciales"), "Saldos Iniciales");
+    if (pestana == PestanaSaldos::SaldosFinalesAnioAnterior) tboConfigArchivos->setCurrentIndex(2);
+
+    cmdAceptar = new QPushButton("&Aceptar", this);
+    cmdAceptar->setObjectName("cmdAceptar");
+    cmdAceptar->setDefault(true);
+    cmdCancelar = new QPushButton("&Cancelar", this);
+    cmdCancelar->setObjectName("cmdCancelar");
+    cmdCancelar->setAutoDefault(false);
+    auto* botones = new QHBoxLayout;
+    botones->addStretch();
+    botones->addWidget(cmdAceptar);
+    botones->addWidget(cmdCancelar);
+
+    auto* principal = new QVBoxLayout(this);
+    principal->addLayout(lista);
+    principal->addWidget(tboConfigArchivos, 1);
+    principal->addLayout(botones);
+
+    MuestraLista();
+    MuestraCajas(f_.cajas);
+
+    connect(cboConfiguraciones, qOverload<int>(&QComboBox::activated), this,
+            &frm083ParametrosTextoGenerico::cboConfiguraciones_Click);
+    connect(cboConfiguraciones->lineEdit(), &QLineEdit::textEdited, this,
+            &frm083ParametrosTextoGenerico::cboConfiguraciones_Change);
+    connect(cmdAceptar, &QPushButton::clicked, this, &frm083ParametrosTextoGenerico::cmdAceptar_Click);
+    connect(cmdCancelar, &QPushButton::clicked, this, &QDialog::reject);
+    resize(860, 680);
+    CentraEnPantalla(this);
+}
+
+QLineEdit* frm083ParametrosTextoGenerico::Caja(QWidget* padre, const char* nombre) {
+    auto* caja = new QLineEdit(padre);
+    caja->setObjectName(nombre);
+    caja->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]{0,4}"), caja));
+    caja->setMaximumWidth(caja->fontMetrics().horizontalAdvance("00000") + 16);
+    caja->setAlignment(Qt::AlignRight);
+    caja->installEventFilter(this);
+    return caja;
+}
+
+QCheckBox* frm083ParametrosTextoGenerico::Casilla(QWidget* padre, const char* nombre, const QString& texto,
+                                                  QLineEdit* caja) {
+    auto* casilla = new QCheckBox(texto, padre);
+    casilla->setObjectName(nombre);
+    connect(casilla, &QCheckBox::clicked, this, [this, caja](bool marcada) {
+        if (!marcada) caja->clear();
+        ActualizaEstado();
+        if (marcada) caja->setFocus();
+    });
+    return casilla;
+}
+
+QTableView* frm083ParametrosTextoGenerico::construyeVista(QWidget* padre, const char* nombre, const std::string& ruta) {
+    auto* vista = new QTableView(padre);
+    vista->setObjectName(nombre);
+    auto* modelo = new ModeloVistaPrevia(vista);
+    vista->setModel(modelo);
+    vista->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    vista->setAlternatingRowColors(true);
+    vista->verticalHeader()->setDefaultSectionSize(vista->fontMetrics().height() + 6);
+    vista->horizontalHeader()->setDefaultSectionSize(110);
+    vista->setToolTip(QString::fromStdString(ruta));
+    if (!ruta.empty() && ExisteArchivo(ruta)) modelo->muestra(VistaPreviaTexto(sesion_, ruta, entrada_.separador));
+    return vista;
+}
+
+QWidget* frm083ParametrosTextoGenerico::construyeCatalogo() {
+    auto* pagina = new QWidget;
+    tdbgCuentas = construyeVista(pagina, "tdbgCuentas", entrada_.catalogo);
+    chkTitulosCtas = new QCheckBox("La primera línea de cada archivo contiene los títulos de las columnas", pagina);
+    chkTitulosCtas->setObjectName("chkTitulosCtas");
+    chkTitulosCtas->setChecked(true);
+
+    QGridLayout* r = nullptr;
+    auto* grupo = Grupo(pagina, "Número de columna", r);
+    txtCtaPIni = Caja(grupo, "txtCtaPIni");
+    txtDescPIni = Caja(grupo, "txtDescPIni");
+    txtCtaCtrlPIni = Caja(grupo, "txtCtaCtrlPIni");
+    txtNivelPIni = Caja(grupo, "txtNivelPIni");
+    txtNatPIni = Caja(grupo, "txtNatPIni");
+    txtSdoIniPIni = Caja(grupo, "txtSdoIniPIni");
+    chkCtaCtrl = Casilla(grupo, "chkCtaCtrl", "Cuenta Acumulativa", txtCtaCtrlPIni);
+    chkNivel = Casilla(grupo, "chkNivel", "Nivel", txtNivelPIni);
+    chkNat = Casilla(grupo, "chkNat", "Naturaleza", txtNatPIni);
+    chkSaldosIni = Casilla(grupo, "chkSaldosIni", "Saldo Inicial", txtSdoIniPIni);
+    r->addWidget(new QLabel("Cuenta:", grupo), 0, 0);
+    r->addWidget(txtCtaPIni, 0, 1);
+    r->addWidget(new QLabel("Descripción de la cuenta:", grupo), 1, 0);
+    r->addWidget(txtDescPIni, 1, 1);
+    r->addWidget(chkCtaCtrl, 0, 3);
+    r->addWidget(txtCtaCtrlPIni, 0, 4);
+    r->addWidget(chkNivel, 1, 3);
+    r->addWidget(txtNivelPIni, 1, 4);
+    r->addWidget(chkNat, 2, 3);
+    r->addWidget(txtNatPIni, 2, 4);
+    r->addWidget(chkSaldosIni, 3, 3);
+    r->addWidget(txtSdoIniPIni, 3, 4);
+
+    auto* zona = new QVBoxLayout(pagina);
+    zona->addWidget(tdbgCuentas, 1);
+    zona->addWidget(chkTitulosCtas);
+    zona->addWidget(grupo);
+    return pagina;
+}
+
+QWidget* frm083ParametrosTextoGenerico::construyePolizas() {
+    auto* pagina = new QWidget;
+    tdbgPolizas = construyeVista(pagina, "tdbgPolizas", entrada_.polizas);
+
+    QGridLayout* r = nullptr;
+    auto* grupo = Grupo(pagina, "Número de columna", r);
+    txtNumPolPIni = Caja(grupo, "txtNumPolPIni");
+    txtConceptPIni = Caja(grupo, "txtConceptPIni");
+    txtTipoPIni = Caja(grupo, "txtTipoPIni");
+    txtCtaPolPIni = Caja(grupo, "txtCtaPolPIni");
+    txtRefPIni = Caja(grupo, "txtRefPIni");
+    txtTipoMovPIni = Caja(grupo, "txtTipoMovPIni");
+    txtImportePIni = Caja(grupo, "txtImportePIni");
+    txtAbonoPIni = Caja(grupo, "txtAbonoPIni");
+    chkReferencia = Casilla(grupo, "chkReferencia", "Referencia de la partida", txtRefPIni);
+    chkTipoMov = Casilla(grupo, "chkTipoMov", "Tipo de Movimiento", txtTipoMovPIni);
+    lblImporte = new QLabel("Importe Cargo:", grupo);
+    lblAbono = new QLabel("Importe Abono:", grupo);
+    r->addWidget(new QLabel("Número de la Póliza:", grupo), 0, 0);
+    r->addWidget(txtNumPolPIni, 0, 1);
+    r->addWidget(new QLabel("Concepto de la Póliza:", grupo), 1, 0);
+    r->addWidget(txtConceptPIni, 1, 1);
+    r->addWidget(new QLabel("Tipo de Póliza:", grupo), 2, 0);
+    r->addWidget(txtTipoPIni, 2, 1);
+    r->addWidget(new QLabel("Cuenta de la Póliza:", grupo), 0, 3);
+    r->addWidget(txtCtaPolPIni, 0, 4);
+    r->addWidget(chkReferencia, 1, 3);
+    r->addWidget(txtRefPIni, 1, 4);
+    r->addWidget(chkTipoMov, 2, 3);
+    r->addWidget(txtTipoMovPIni, 2, 4);
+    r->addWidget(lblImporte, 3, 3);
+    r->addWidget(txtImportePIni, 3, 4);
+    r->addWidget(lblAbono, 4, 3);
+    r->addWidget(txtAbonoPIni, 4, 4);
+
+    auto* fecha = new QGroupBox("Fecha", pagina);
+    optFechaIn = new QRadioButton("Día, mes y año en columnas separadas:", fecha);
+    optFechaIn->setObjectName("optFechaIn");
+    optFechaCompleta = new QRadioButton("Fecha completa en una columna:", fecha);
+    optFechaCompleta->setObjectName("optFechaCompleta");
+    auto* opciones = new QButtonGroup(fecha);
+    opciones->addButton(optFechaIn);
+    opciones->addButton(optFechaCompleta);
+    txtDiaPIni = Caja(fecha, "txtDiaPIni");
+    txtMesPIni = Caja(fecha, "txtMesPIni");
+    txtAnioPIni = Caja(fecha, "txtAnioPIni");
+    txtColFechaCompleta = Caja(fecha, "txtColFechaCompleta");
+    auto* rf = new QGridLayout(fecha);
+    rf->addWidget(optFechaIn, 0, 0);
+    rf->addWidget(new QLabel("Día", fecha), 0, 1);
+    rf->addWidget(txtDiaPIni, 0, 2);
+    rf->addWidget(new QLabel("Mes", fecha), 0, 3);
+    rf->addWidget(txtMesPIni, 0, 4);
+    rf->addWidget(new QLabel("Año", fecha), 0, 5);
+    rf->addWidget(txtAnioPIni, 0, 6);
+    rf->addWidget(optFechaCompleta, 1, 0);
+    rf->addWidget(txtColFechaCompleta, 1, 2);
+    rf->setColumnStretch(7, 1);
+    connect(opciones, &QButtonGroup::buttonClicked, this, [this] { ActualizaEstado(); });
+
+    auto* zona = new QVBoxLayout(pagina);
+    zona->addWidget(tdbgPolizas, 1);
+    zona->addWidget(grupo);
+    zona->addWidget(fecha);
+    return pagina;
+}
+
+QWidget* frm083ParametrosTextoGenerico::construyeSaldos(const QString& titulo) {
+    auto* pagina = new QWidget;
+    const std::string& ruta = entrada_.anioAnterior ? entrada_.saldosAnioAnterior : entrada_.saldosIniciales;
+    tdbgSaldos = construyeVista(pagina, "tdbgSaldos", ruta);
+    chkTitulosSaldos = new QCheckBox(chkTitulosCtas->text(), pagina);
+    chkTitulosSaldos->setObjectName("chkTitulosSaldos");
+    chkTitulosSaldos->setChecked(chkTitulosCtas->isChecked());
+    // One flag for every file: the two boxes mirror each other.
+    connect(chkTitulosSaldos, &QCheckBox::toggled, chkTitulosCtas, &QCheckBox::setChecked);
+    connect(chkTitulosCtas, &QCheckBox::toggled, chkTitulosSaldos, &QCheckBox::setChecked);
+
+    QGridLayout* r = nullptr;
+    auto* grupo = Grupo(pagina, titulo + " - Número de columna", r);
+    txtColCuenta = Caja(grupo, "txtColCuenta");
+    txtColDescripcion = Caja(grupo, "txtColDescripcion");
+    txtColSaldo = Caja(grupo, "txtColSaldo");
+    r->addWidget(new QLabel("Cuenta:", grupo), 0, 0);
+    r->addWidget(txtColCuenta, 0, 1);
+    r->addWidget(new QLabel("Descripción de la cuenta:", grupo), 1, 0);
+    r->addWidget(txtColDescripcion, 1, 1);
+    r->addWidget(new QLabel("Saldo:", grupo), 2, 0);
+    r->addWidget(txtColSaldo, 2, 1);
+
+    auto* zona = new QVBoxLayout(pagina);
+    zona->addWidget(tdbgSaldos, 1);
+    zona->addWidget(chkTitulosSaldos);
+    zona->addWidget(grupo);
+    return pagina;
+}
+
+// ------------------------------------------------------ Boxes and record
+
+CajasParametros frm083ParametrosTextoGenerico::LeeCajas() const {
+    CajasParametros c;
+    c.pestana = f_.cajas.pestana;
+    EstructuraDatosTxt& v = c.valores;
+    c.chkCtaCtrl = chkCtaCtrl->isChecked();
+    c.chkNivel = chkNivel->isChecked();
+    c.chkNat = chkNat->isChecked();
+    c.chkSaldosIni = chkSaldosIni->isChecked() && c.pestana != PestanaSaldos::SaldosIniciales;
+    c.chkReferencia = chkReferencia->isChecked();
+    c.chkTipoMov = chkTipoMov->isChecked();
+    c.optFechaCompleta = optFechaCompleta->isChecked();
+    v.PIniCuenta = Valor16(txtCtaPIni);
+    v.PIniDescripcion = Valor16(txtDescPIni);
+    v.PIniCtaAcum = Valor16(txtCtaCtrlPIni);
+    v.PIniNivel = Valor16(txtNivelPIni);
+    v.PIniNaturaleza = Valor16(txtNatPIni);
+    v.PIniSdoIni = c.pestana == PestanaSaldos::SaldosIniciales ? Valor16(txtColSaldo) : Valor16(txtSdoIniPIni);
+    v.PIniNumPol = Valor16(txtNumPolPIni);
+    v.PIniConcept = Valor16(txtConceptPIni);
+    v.PIniTipo = Valor16(txtTipoPIni);
+    if (c.optFechaCompleta) {
+        v.PIniDia = Valor16(txtColFechaCompleta);
+    } else {
+        v.PIniDia = Valor16(txtDiaPIni);
+        v.PIniMes = Valor16(txtMesPIni);
+        v.PIniAnio = Valor16(txtAnioPIni);
+    }
+    v.PIniCtaPol = Valor16(txtCtaPolPIni);
+    v.PIniRef = Valor16(txtRefPIni);
+    if (c.chkTipoMov) {
+        v.PIniTipoMov = Valor16(txtTipoMovPIni);
+        v.PIniImporte = Valor16(txtImportePIni);
+    } else {
+        v.PIniCargo = Valor16(txtImportePIni);
+        v.PIniAbono = Valor16(txtAbonoPIni);
+    }
+    if (c.pestana != PestanaSaldos::Ninguna) {
+        v.PIniCtaSdoAnt = Valor16(txtColCuenta);
+        v.PIniDescSdoAnt = Valor16(txtColDescripcion);
+        if (c.pestana == PestanaSaldos::SaldosFinalesAnioAnterior) v.PIniSdoFinAnt = Valor16(txtColSaldo);
+    }
+    return c;
+}
+
+void frm083ParametrosTextoGenerico::MuestraCajas(const CajasParametros& c) {
+    const EstructuraDatosTxt& v = c.valores;
+    chkCtaCtrl->setChecked(c.chkCtaCtrl);
+    chkNivel->setChecked(c.chkNivel);
+    chkNat->setChecked(c.chkNat);
+    chkSaldosIni->setChecked(c.chkSaldosIni);
+    chkReferencia->setChecked(c.chkReferencia);
+    chkTipoMov->setChecked(c.chkTipoMov);
+    (c.optFechaCompleta ? optFechaCompleta : optFechaIn)->setChecked(true);
+    Muestra(txtCtaPIni, v.PIniCuenta);
+    Muestra(txtDescPIni, v.PIniDescripcion);
+    Muestra(txtCtaCtrlPIni, c.chkCtaCtrl ? v.PIniCtaAcum : 0);
+    Muestra(txtNivelPIni, c.chkNivel ? v.PIniNivel : 0);
+    Muestra(txtNatPIni, c.chkNat ? v.PIniNaturaleza : 0);
+    Muestra(txtSdoIniPIni, c.chkSaldosIni ? v.PIniSdoIni : 0);
+    Muestra(txtNumPolPIni, v.PIniNumPol);
+    Muestra(txtConceptPIni, v.PIniConcept);
+    Muestra(txtTipoPIni, v.PIniTipo);
+    Muestra(txtColFechaCompleta, c.optFechaCompleta ? v.PIniDia : 0);
+    Muestra(txtDiaPIni, c.optFechaCompleta ? 0 : v.PIniDia);
+    Muestra(txtMesPIni, c.optFechaCompleta ? 0 : v.PIniMes);
+    Muestra(txtAnioPIni, c.optFechaCompleta ? 0 : v.PIniAnio);
+    Muestra(txtCtaPolPIni, v.PIniCtaPol);
+    Muestra(txtRefPIni, c.chkReferencia ? v.PIniRef : 0);
+    Muestra(txtTipoMovPIni, c.chkTipoMov ? v.PIniTipoMov : 0);
+    Muestra(txtImportePIni, c.chkTipoMov ? v.PIniImporte : v.PIniCargo);
+    Muestra(txtAbonoPIni, c.chkTipoMov ? 0 : v.PIniAbono);
+    if (c.pestana != PestanaSaldos::Ninguna) {
+        Muestra(txtColCuenta, v.PIniCtaSdoAnt);
+        Muestra(txtColDescripcion, v.PIniDescSdoAnt);
+        Muestra(txtColSaldo, c.pestana == PestanaSaldos::SaldosIniciales ? v.PIniSdoIni : v.PIniSdoFinAnt);
+    }
+    ActualizaEstado();
+}
+
+void frm083ParametrosTextoGenerico::ActualizaEstado() {
+    const bool conArchivoSaldos = f_.cajas.pestana == PestanaSaldos::SaldosIniciales;
+    txtCtaCtrlPIni->setEnabled(chkCtaCtrl->isChecked());
+    txtNivelPIni->setEnabled(chkNivel->isChecked());
+    txtNatPIni->setEnabled(chkNat->isChecked());
+    // The balance comes from the file of opening balances when there is one.
+    chkSaldosIni->setEnabled(!conArchivoSaldos);
+    txtSdoIniPIni->setEnabled(!conArchivoSaldos && chkSaldosIni->isChecked());
+    txtRefPIni->setEnabled(chkReferencia->isChecked());
+    txtTipoMovPIni->setEnabled(chkTipoMov->isChecked());
+    lblImporte->setText(chkTipoMov->isChecked() ? "Importe:" : "Importe Cargo:");
+    lblAbono->setVisible(!chkTipoMov->isChecked());
+    txtAbonoPIni->setVisible(!chkTipoMov->isChecked());
+    const bool completa = optFechaCompleta->isChecked();
+    txtColFechaCompleta->setEnabled(completa);
+    for (QLineEdit* caja : {txtDiaPIni, txtMesPIni, txtAnioPIni}) caja->setEnabled(!completa);
+}
+
+QWidget* frm083ParametrosTextoGenerico::CajaDe(const std::string& miembro) const {
+    const bool completa = optFechaCompleta->isChecked();
+    const bool conArchivoSaldos = f_.cajas.pestana == PestanaSaldos::SaldosIniciales;
+    const std::pair<const char*, QWidget*> cajas[] = {
+        {"Nombre", cboConfiguraciones},
+        {"PIniCuenta", txtCtaPIni},
+        {"PIniDescripcion", txtDescPIni},
+        {"PIniCtaAcum", txtCtaCtrlPIni},
+        {"PIniNivel", txtNivelPIni},
+        {"PIniNaturaleza", txtNatPIni},
+        {"PIniSdoIni", conArchivoSaldos ? txtColSaldo : txtSdoIniPIni},
+        {"PIniTipo", txtTipoPIni},
+        {"PIniNumPol", txtNumPolPIni},
+        {"PIniDia", completa ? txtColFechaCompleta : txtDiaPIni},
+        {"PIniMes", txtMesPIni},
+        {"PIniAnio", txtAnioPIni},
+        {"PIniCtaPol", txtCtaPolPIni},
+        {"PIniRef", txtRefPIni},
+        {"PIniConcept", txtConceptPIni},
+        {"PIniTipoMov", txtTipoMovPIni},
+        {"PIniImporte", txtImportePIni},
+        {"PIniCargo", txtImportePIni},
+        {"PIniAbono", txtAbonoPIni},
+        {"PIniCtaSdoAnt", txtColCuenta},
+        {"PIniDescSdoAnt", txtColDescripcion},
+        {"PIniSdoFinAnt", txtColSaldo},
+    };
+    for (const auto& [nombre, caja] : cajas)
+        if (miembro == nombre) return caja;
+    return nullptr;
+}
+
+void frm083ParametrosTextoGenerico::EnfocaCaja(const CajaFallida& fallida) {
+    if (fallida.pestana >= 0 && fallida.pestana < tboConfigArchivos->count())
+        tboConfigArchivos->setCurrentIndex(fallida.pestana);
+    QWidget* caja = CajaDe(fallida.caja);
+    if (!caja) return;
+    caja->setFocus();
+    if (auto* linea = qobject_cast<QLineEdit*>(caja)) linea->selectAll();
+}
+
+// ---------------------------------------------------------- The name list
+
+void frm083ParametrosTextoGenerico::MuestraLista() {
+    actualizando_ = true;
+    cboConfiguraciones->clear();
+    for (const auto& nombre : f_.lista) cboConfiguraciones->addItem(QString::fromStdString(nombre));
+    int fila = cboConfiguraciones->findText(QString::fromStdString(f_.textoLista), Qt::MatchFixedString);
+    cboConfiguraciones->setCurrentIndex(f_.filaElegida ? fila : -1);
+    cboConfiguraciones->setEditText(QString::fromStdString(f_.textoLista));
+    actualizando_ = false;
+}
+
+void frm083ParametrosTextoGenerico::cboConfiguraciones_Click(int indice) {
+    if (actualizando_ || indice < 0) return;
+    f_.cajas = LeeCajas();
+    f_.filaElegida = true;
+    std::string texto = cboConfiguraciones->itemText(indice).toStdString();
+    if (EligeConfiguracion(sesion_, f_, texto)) {
+        MuestraLista();
+        MuestraCajas(f_.cajas);
+        return;
+    }
+    if (texto != f_.Configuracion) {
+        // Answered no: the old name goes back in the list.
+        f_.textoLista = f_.Configuracion;
+        MuestraLista();
+    } else {
+        f_.textoLista = texto;
+    }
+}
+
+void frm083ParametrosTextoGenerico::cboConfiguraciones_Change(const QString& texto) {
+    if (actualizando_) return;
+    // Each key typed is upper-cased.
+    QLineEdit* linea = cboConfiguraciones->lineEdit();
+    const QString mayusculas = texto.toUpper();
+    if (mayusculas != texto) {
+        int cursor = linea->cursorPosition();
+        actualizando_ = true;
+        linea->setText(mayusculas);
+        linea->setCursorPosition(cursor);
+        actualizando_ = false;
+    }
+    f_.cajas = LeeCajas();
+    f_.filaElegida = false;
+    if (TecleaNombreConfiguracion(sesion_, f_, mayusculas.toStdString())) {
+        MuestraLista();
+        MuestraCajas(f_.cajas);
+        return;
+    }
+    if (f_.textoLista != mayusculas.trimmed().toStdString()) {
+        // Answered no: the text before goes back.
+        actualizando_ = true;
+        linea->setText(QString::fromStdString(f_.textoLista));
+        actualizando_ = false;
+    }
+}
+
+// ------------------------------------------------------------------ Events
+
+bool frm083ParametrosTextoGenerico::eventFilter(QObject* objeto, QEvent* evento) {
+    if (objeto == cboConfiguraciones->lineEdit() && evento->type() == QEvent::FocusOut && !actualizando_) {
+        // Leaving the box writes the trimmed, upper-cased text back.
+        QLineEdit* linea = cboConfiguraciones->lineEdit();
+        QString limpio = linea->text().trimmed().toUpper();
+        if (limpio != linea->text()) {
+            actualizando_ = true;
+            linea->setText(limpio);
+            actualizando_ = false;
+        }
+    }
+    if (evento->type() == QEvent::KeyPress && qobject_cast<QLineEdit*>(objeto) &&
+        objeto != cboConfiguraciones->lineEdit()) {
+        auto* tecla = static_cast<QKeyEvent*>(evento);
+        if (tecla->key() == Qt::Key_Return || tecla->key() == Qt::Key_Enter) {
+            // Enter moves to the next enabled box.
+            QWidget* siguiente = static_cast<QWidget*>(objeto)->nextInFocusChain();
+            while (siguiente && siguiente != objeto &&
+                   !(qobject_cast<QLineEdit*>(siguiente) && siguiente->isEnabled() && siguiente->isVisible() &&
+                     siguiente != cboConfiguraciones->lineEdit()))
+                siguiente = siguiente->nextInFocusChain();
+            if (siguiente && siguiente != objeto) siguiente->setFocus();
+            return true;
+        }
+        if (tecla->key() == Qt::Key_Escape) return true;
+    }
+    return QDialog::eventFilter(objeto, evento);
+}
+
+void frm083ParametrosTextoGenerico::keyPressEvent(QKeyEvent* evento) {
+    if (evento->key() == Qt::Key_Escape) return;
+    QDialog::keyPressEvent(evento);
+}
+
+void frm083ParametrosTextoGenerico::cmdAceptar_Click() {
+    f_.cajas = LeeCajas();
+    f_.textoLista = cboConfiguraciones->currentText().toStdString();
+    Aceptacion a = AceptaParametros(sesion_, f_);
+    if (a.cierra) {
+        accept();
+        return;
+    }
+    // A fault without a box of its own is mended by another name.
+    EnfocaCaja(a.foco ? *a.foco : CajaFallida{-1, "Nombre"});
+}
+
+}  // namespace velmorant::app

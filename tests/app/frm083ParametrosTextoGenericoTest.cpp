@@ -1,0 +1,292 @@
+// The layout form of the delimited-text importer, and a whole run from the
+// importer form through it to the company database.
+
+#include "app/Escenario.h"
+#include "app/RegistroFormularios.h"
+#include "app/frm082TextoGenericoSeparado.h"
+#include "app/frm083ParametrosTextoGenerico.h"
+#include "layouts/Configuraciones.h"
+#include "platform/ErrorLectura.h"
+
+using namespace velmorant;
+using namespace velmorant::prueba;
+using velmorant::app::EntradaParametros;
+using velmorant::app::frm083ParametrosTextoGenerico;
+
+namespace {
+
+const char* kCatalogo =
+    "Cuenta^Nivel^Descripcion^Saldo\n"
+    "1101^1^Caja y bancos^0\n"
+    "110101^2^Caja chica^1000.00\n"
+    "110102^2^Bancos^0\n";
+
+const char* kPolizasEnero =
+    "Poliza^Cuenta^Fecha^x^Tipo^Concepto^Mov^Importe^Referencia\n"
+    "1^110102^15/01/2023^x^D^Depósito de caja^1^250.00^Ficha 1\n"
+    "1^110101^15/01/2023^x^D^Depósito de caja^2^250.00^Ficha 1\n";
+
+QStringList Columnas(QTableView* vista) {
+    QStringList r;
+    for (int i = 0; i < vista->model()->columnCount(); ++i)
+        r << vista->model()->headerData(i, Qt::Horizontal).toString();
+    return r;
+}
+
+struct EscenarioTexto : Escenario {
+    EscenarioTexto() {
+        sesion.IdSistemaElegido = 82;
+        catalogo = Archivo("cliente/catalogo.txt", kCatalogo);
+        enero = Archivo("cliente/pol_ene.txt", kPolizasEnero);
+    }
+    EntradaParametros Entrada() const {
+        EntradaParametros e;
+        e.catalogo = catalogo;
+        e.polizas = enero;
+        e.separador = "^";
+        return e;
+    }
+    std::string catalogo, enero;
+};
+
+void Escribe(QLineEdit* caja, const QString& texto) {
+    caja->clear();
+    QTest::keyClicks(caja, texto);
+}
+
+}  // namespace
+
+class frm083ParametrosTextoGenericoTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init() {
+        // Each test starts with a fresh layout catalogue.
+        std::filesystem::remove(RutaBaseConfiguraciones());
+    }
+
+    void muestraLaConfiguracionPredeterminadaYLosArchivos() {
+        EscenarioTexto e;
+        frm083ParametrosTextoGenerico f(e.sesion, e.Entrada());
+        f.show();
+        QCOMPARE(f.windowTitle(), QString("Definir Parametros"));
+        QCOMPARE(f.Configuracion(), std::string("CONFIGURACION PREDETERMINADA TEXTO GENERICO"));
+        QCOMPARE(f.cboConfiguraciones->currentText(), QString("CONFIGURACION PREDETERMINADA TEXTO GENERICO"));
+        QCOMPARE(f.tboConfigArchivos->count(), 2);
+        QVERIFY(f.Titulos());
+        // The predetermined columns of the delimited layout.
+        QCOMPARE(f.txtCtaPIni->text(), QString("1"));
+        QCOMPARE(f.txtDescPIni->text(), QString("3"));
+        QVERIFY(f.chkNivel->isChecked());
+        QCOMPARE(f.txtNivelPIni->text(), QString("2"));
+        QVERIFY(!f.chkCtaCtrl->isChecked());
+        QVERIFY(!f.txtCtaCtrlPIni->isEnabled());
+        QVERIFY(f.chkSaldosIni->isChecked());
+        QCOMPARE(f.txtSdoIniPIni->text(), QString("4"));
+        QVERIFY(f.optFechaCompleta->isChecked());
+        QCOMPARE(f.txtColFechaCompleta->text(), QString("3"));
+        QVERIFY(!f.txtDiaPIni->isEnabled());
+        QVERIFY(f.chkTipoMov->isChecked());
+        QCOMPARE(f.lblImporte->text(), QString("Importe:"));
+        QVERIFY(!f.txtAbonoPIni->isVisible());
+        QCOMPARE(f.txtImportePIni->text(), QString("8"));
+        QCOMPARE(f.txtTipoPIni->text(), QString());
+        // Each file split at the delimiter, "Columna N" above each column.
+        QCOMPARE(Columnas(f.tdbgCuentas), QStringList({"Columna 1", "Columna 2", "Columna 3", "Columna 4"}));
+        QCOMPARE(f.tdbgCuentas->model()->rowCount(), 4);
+        QCOMPARE(f.tdbgCuentas->model()->index(2, 2).data().toString(), QString("Caja chica"));
+        QCOMPARE(f.tdbgPolizas->model()->columnCount(), 9);
+        QCOMPARE(f.tdbgPolizas->model()->index(1, 5).data().toString(), QString("Depósito de caja"));
+        GuardaCaptura(&f, "parametros_catalogo");
+        f.tboConfigArchivos->setCurrentIndex(1);
+        GuardaCaptura(&f, "parametros_polizas");
+    }
+
+    void laTerceraPestanaSigueALosArchivos() {
+        struct Caso {
+            bool anioAnterior, saldosIniciales;
+            QString pestana;
+        };
+        for (const auto& c : {Caso{true, false, "Saldos Finales Año Anterior"}, Caso{false, true, "Saldos Iniciales"}}) {
+            EscenarioTexto e;
+            EntradaParametros entrada = e.Entrada();
+            std::string saldos = e.Archivo("cliente/saldos.txt", "Cuenta^Descripcion^Saldo\n110101^Caja chica^10\n");
+            entrada.anioAnterior = c.anioAnterior;
+            (c.anioAnterior ? entrada.saldosAnioAnterior : entrada.saldosIniciales) = saldos;
+            frm083ParametrosTextoGenerico f(e.sesion, entrada);
+            f.show();
+            QCOMPARE(f.tboConfigArchivos->count(), 3);
+            QCOMPARE(f.tboConfigArchivos->tabText(2), c.pestana);
+            QCOMPARE(f.tboConfigArchivos->currentIndex(), c.anioAnterior ? 2 : 0);
+            QCOMPARE(f.tdbgSaldos->model()->columnCount(), 3);
+            // With a file of opening balances the catalogue's balance is off.
+            QCOMPARE(f.chkSaldosIni->isEnabled(), !c.saldosIniciales);
+            QCOMPARE(f.txtSdoIniPIni->isEnabled(), !c.saldosIniciales);
+            // One title flag for all files.
+            f.chkTitulosSaldos->click();
+            QVERIFY(!f.Titulos());
+            QCOMPARE(f.txtColSaldo->text(), QString(c.anioAnterior ? "7" : "4"));  // PIniSdoFinAnt or PIniSdoIni
+            if (c.anioAnterior) {
+                f.tboConfigArchivos->setCurrentIndex(2);
+                GuardaCaptura(&f, "parametros_saldos");
+            }
+        }
+    }
+
+    void lasCasillasHabilitanSusCajas() {
+        EscenarioTexto e;
+        frm083ParametrosTextoGenerico f(e.sesion, e.Entrada());
+        f.show();
+        f.chkNivel->click();
+        QVERIFY(!f.chkNivel->isChecked());
+        QCOMPARE(f.txtNivelPIni->text(), QString());
+        QVERIFY(!f.txtNivelPIni->isEnabled());
+        f.tboConfigArchivos->setCurrentIndex(1);
+        f.chkTipoMov->click();
+        QCOMPARE(f.lblImporte->text(), QString("Importe Cargo:"));
+        QVERIFY(f.txtAbonoPIni->isVisible());
+        QCOMPARE(f.txtTipoMovPIni->text(), QString());
+        f.chkCtaCtrl->click();
+        QVERIFY(f.txtCtaCtrlPIni->isEnabled());
+        f.optFechaIn->click();
+        QVERIFY(f.txtDiaPIni->isEnabled());
+        QVERIFY(!f.txtColFechaCompleta->isEnabled());
+        // Only digits go into a box.
+        Escribe(f.txtDiaPIni, "a1b2");
+        QCOMPARE(f.txtDiaPIni->text(), QString("12"));
+    }
+
+    void aceptarValidaEnOrdenYGuardaConNombreNuevo() {
+        EscenarioTexto e;
+        frm083ParametrosTextoGenerico f(e.sesion, e.Entrada());
+        f.show();
+        struct Paso {
+            std::function<void()> prepara;
+            QString mensaje;  // empty: the form closes
+            int pestana;
+            QWidget* foco;
+        };
+        const Paso pasos[] = {
+            {[&] { f.txtCtaPIni->clear(); },
+             "Es necesario indicar el número de la Columna para la Cuenta\r", 0, f.txtCtaPIni},
+            {[&] { Escribe(f.txtCtaPIni, "1"); },
+             "Es necesario indicar el número de la Columna para el Tipo de Póliza\r", 1, f.txtTipoPIni},
+            {[&] { Escribe(f.txtTipoPIni, "5"); },
+             "No es posible modificar los parametros para la Configuración predeterminada.\r", 1, f.cboConfiguraciones},
+            {[&] {
+                 f.chkTipoMov->click();
+                 Escribe(f.txtImportePIni, "8");
+             },
+             "Es necesario indicar la Posición Inicial para el Importe Abono\r", 1, f.txtAbonoPIni},
+            {[&] {
+                 f.chkTipoMov->click();
+                 Escribe(f.txtTipoMovPIni, "7");
+                 Escribe(f.txtImportePIni, "8");
+                 QTest::keyClicks(f.cboConfiguraciones->lineEdit(), "x");
+                 f.cboConfiguraciones->lineEdit()->clear();
+                 QTest::keyClicks(f.cboConfiguraciones->lineEdit(), "mi formato");
+             },
+             "", 1, nullptr},
+        };
+        for (const auto& p : pasos) {
+            p.prepara();
+            e.ui.mensajes.clear();
+            QTest::mouseClick(f.cmdAceptar, Qt::LeftButton);
+            if (p.mensaje.isEmpty()) {
+                QVERIFY2(e.ui.mensajes.empty(), qPrintable(Textos(e.ui).join(" | ")));
+                break;
+            }
+            QCOMPARE(Textos(e.ui), QStringList{p.mensaje});
+            QCOMPARE(f.tboConfigArchivos->currentIndex(), p.pestana);
+            QCOMPARE(f.focusWidget(), p.foco);
+            QVERIFY(f.isVisible());
+        }
+        QVERIFY(!f.isVisible());
+        QCOMPARE(f.result(), int(QDialog::Accepted));
+        QCOMPARE(f.Configuracion(), std::string("MI FORMATO"));
+        QCOMPARE(f.cboConfiguraciones->currentText(), QString("MI FORMATO"));
+        auto guardada = LeeConfiguracion(*e.sesion.DbEmpresa, "MI FORMATO");
+        QVERIFY(guardada);
+        QCOMPARE(guardada->pares.PIniTipo, std::int16_t(5));
+        QCOMPARE(guardada->IdEnlace, 82);
+        QVERIFY(LeeConfiguracion(*e.sesion.DbConfiguraciones, "MI FORMATO"));
+    }
+
+    void unArchivoSinElSeparadorTerminaElPrograma() {
+        EscenarioTexto e;
+        EntradaParametros entrada = e.Entrada();
+        entrada.separador = "|";
+        bool termino = false;
+        try {
+            frm083ParametrosTextoGenerico f(e.sesion, entrada);
+        } catch (const ErrorLectura&) {
+            termino = true;
+        }
+        QVERIFY(termino);
+        QCOMPARE(Textos(e.ui), QStringList{QString::fromStdString("El archivo " + e.catalogo +
+                                                                  " no se encuentra delimitado por el caracter que "
+                                                                  "indico.\r")});
+    }
+
+    void cancelarLosParametrosTerminaElPrograma() {
+        EscenarioTexto e;
+        app::frm082TextoGenericoSeparado f(e.sesion);
+        f.optOtro->setChecked(true);
+        e.ui.archivos = {e.catalogo, e.enero};
+        QTest::mouseClick(f.boton("cmdCatalogo"), Qt::LeftButton);
+        QTest::mouseClick(f.cmdAbrirMes[0], Qt::LeftButton);
+        f.show();
+        AlAbrirseModal([](QDialog* d) { QTest::mouseClick(d->findChild<QPushButton*>("cmdCancelar"), Qt::LeftButton); },
+                       "frm083ParametrosTextoGenerico");
+        QTest::mouseClick(f.cmdImportar, Qt::LeftButton);
+        QVERIFY(!f.isVisible());
+        QCOMPARE(f.result(), app::kProgramaTerminado);
+        QVERIFY(e.ui.mensajes.empty());
+    }
+
+    void unaImportacionCompletaDesdeElFormulario() {
+        EscenarioTexto e;
+        app::frm082TextoGenericoSeparado f(e.sesion);
+        f.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&f));
+        QCoreApplication::processEvents();  // the form's load
+        QCOMPARE(f.Configuracion(), std::string("CONFIGURACION PREDETERMINADA TEXTO GENERICO"));
+        f.optOtro->setChecked(true);
+        e.ui.archivos = {e.catalogo, e.enero};
+        QTest::mouseClick(f.boton("cmdCatalogo"), Qt::LeftButton);
+        QTest::mouseClick(f.cmdAbrirMes[0], Qt::LeftButton);
+        e.ui.decisiones = {DecisionInconsistencias::Continuar, DecisionInconsistencias::Continuar};
+        AlAbrirseModal(
+            [](QDialog* d) {
+                auto* p = static_cast<frm083ParametrosTextoGenerico*>(d);
+                p->tboConfigArchivos->setCurrentIndex(1);
+                Escribe(p->txtTipoPIni, "5");
+                p->cboConfiguraciones->lineEdit()->clear();
+                QTest::keyClicks(p->cboConfiguraciones->lineEdit(), "FORMATO ACME");
+                QTest::mouseClick(p->cmdAceptar, Qt::LeftButton);
+            },
+            "frm083ParametrosTextoGenerico");
+        QTest::mouseClick(f.cmdImportar, Qt::LeftButton);
+        QStringList mensajes = Textos(e.ui);
+        QVERIFY2(!mensajes.isEmpty() && mensajes.last().contains("finalizó con éxito"),
+                 qPrintable(mensajes.join(" | ")));
+        QVERIFY(!f.isVisible());
+        QCOMPARE(f.result(), int(QDialog::Accepted));
+        QVERIFY(!f.fraSeparador->isEnabled());
+        QCOMPARE(f.lectura().separador, std::string("^"));
+        BaseDatos& db = *e.sesion.DbEmpresa;
+        QCOMPARE(db.escalar("SELECT COUNT(*) FROM Cuentas").entero(), 3);
+        QCOMPARE(db.escalar("SELECT COUNT(*) FROM Polizas").entero(), 1);
+        QCOMPARE(db.escalar("SELECT COUNT(*) FROM Polizas_Detalle").entero(), 2);
+        QCOMPARE(e.sesion.DbEmpresas->escalar("SELECT IdSistema FROM Empresas WHERE IdEmpresa=?",
+                                              e.sesion.IdEmpresaActual).entero(), 82);
+    }
+};
+
+int main(int argc, char** argv) {
+    AjustesAislados ajustes;
+    QApplication aplicacion(argc, argv);
+    frm083ParametrosTextoGenericoTest prueba;
+    return QTest::qExec(&prueba, argc, argv);
+}
+
+#include "frm083ParametrosTextoGenericoTest.moc"
