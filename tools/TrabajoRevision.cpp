@@ -17,6 +17,8 @@ void ReglasDeCuentas(BaseDatos& db) {
         {1, "Saldo Mayor a 1,000,000", "102", "1000000", 0},
         {2, "80 % del total de la cuenta", "105", "0", 80},
         {4, "Selección del auditor", "601", "0", 0},
+        {7, "Saldo contrario mayor a 1,000", "105", "1000", 0},
+        {8, "50 % del saldo contrario", "201", "0", 50},
     };
     for (int mes : {6, 12})
         for (auto& r : reglas)
@@ -87,7 +89,7 @@ std::string EscribeTrabajoRevision(const std::string& rutaEmpresa) {
     ReglasDeCuentas(db);
     int renglones = Cedula(db);
     t.confirma();
-    return "Trabajo de revisión: 6 reglas de selección de cuentas, 4 cuentas elegidas a mano, " +
+    return "Trabajo de revisión: 10 reglas de selección de cuentas, 4 cuentas elegidas a mano, " +
            std::to_string(renglones) + " renglones de cédula analítica con marcas, observaciones, IVA y folios";
 }
 

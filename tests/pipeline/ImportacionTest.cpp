@@ -209,3 +209,32 @@ TEST_F(ImportacionTest, CancelarEnLasInconsistenciasDejaLaEmpresaYElLog) {
     EXPECT_EQ(importa(), ResultadoImportacion::Terminada);
     EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 14);
 }
+
+TEST_F(ImportacionTest, SaldosDelAnioAnteriorSoloConInformacionActualYEnSuCampo) {
+    escribe("anterior.txt", "Cuenta|Descripcion|Saldo\n100-01-01|Banco uno|750.25\n400-01-01|Mostrador|-750.25\n");
+    const std::string ruta = dir.texto() + "anterior.txt";
+    auto imp = importador();
+    imp = ImportadorTextoDelimitado(
+        [&] {
+            LecturaDelimitada l = imp.lectura();
+            l.config.PIniCtaSdoAnt = 1, l.config.PIniDescSdoAnt = 2, l.config.PIniSdoFinAnt = 3;
+            return l;
+        }(),
+        false);
+    // Without vouchers there is nothing to hang the prior year on.
+    EXPECT_EQ(EjecutaSaldosAnioAnterior(s, imp, ruta), ResultadoImportacion::ArchivosFaltantes);
+    EXPECT_EQ(ui.mensajes.back().texto, "Para importar los saldos finales del ejercicio anterior,\r\nes necesario que "
+                                        "exista información actual\r");
+    EXPECT_EQ(EjecutaSaldosAnioAnterior(s, imp, ""), ResultadoImportacion::ArchivosFaltantes);
+
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Continuar};  // the accounts exist: each one is remarked
+    ASSERT_EQ(EjecutaSaldosAnioAnterior(s, imp, ruta), ResultadoImportacion::Terminada);
+    EXPECT_EQ(ui.mensajes.back().texto,
+              "La importación de los saldos finales del año anterior de la empresa \r\nAcme  finalizó con éxito.");
+    EXPECT_EQ(escalar("SELECT Saldo_Anterior_Final FROM Cuentas WHERE Cuenta='1000101'").moneda().texto(), "750.25");
+    EXPECT_EQ(escalar("SELECT Saldo_Anterior_Final FROM Cuentas WHERE Cuenta='4000101'").moneda().texto(), "-750.25");
+    // The year's own figures are not touched.
+    EXPECT_EQ(escalar("SELECT SdoFin05 FROM Balanzas WHERE Cuenta='1000101'").moneda().texto(), "4000");
+}
