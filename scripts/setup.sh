@@ -14,6 +14,7 @@ PACKAGES=(
   libgtest-dev              # core tests
   fonts-dejavu-core         # offscreen rendering of forms and reports
   poppler-utils             # pdftotext, to check rendered reports in tests
+  qt6-translations-l10n     # Spanish texts of the toolkit's own dialogs (file chooser, printing)
 )
 
 missing=()
