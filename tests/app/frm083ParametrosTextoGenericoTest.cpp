@@ -7,6 +7,7 @@
 #include "app/frm083ParametrosTextoGenerico.h"
 #include "layouts/Configuraciones.h"
 #include "platform/ErrorLectura.h"
+#include "store/AlmacenesTemporales.h"
 
 using namespace velmorant;
 using namespace velmorant::prueba;
@@ -46,7 +47,7 @@ struct EscenarioTexto : Escenario {
         e.separador = "^";
         return e;
     }
-    std::string catalogo, enero;
+    std::string catalogo, enero, febrero;
 };
 
 void Escribe(QLineEdit* caja, const QString& texto) {
@@ -279,6 +280,94 @@ private slots:
         QCOMPARE(db.escalar("SELECT COUNT(*) FROM Polizas_Detalle").entero(), 2);
         QCOMPARE(e.sesion.DbEmpresas->escalar("SELECT IdSistema FROM Empresas WHERE IdEmpresa=?",
                                               e.sesion.IdEmpresaActual).entero(), 82);
+    }
+
+    // A second delivery that replaces January's voucher, cancelled at the
+    // inconsistency form: the company's books stay exactly as they were (the
+    // layout form's own save of the layout copy is the only write).
+    void unaReimportacionCanceladaDejaLaEmpresaIntacta() {
+        EscenarioTexto e;
+        importaDesdeElFormulario(e, {DecisionInconsistencias::Continuar});
+        auto libros = [&e] {
+            std::string r;
+            for (const char* tabla : {"Cuentas", "Balanzas", "Polizas", "Polizas_Detalle", "CatTipoPoliza"}) {
+                Consulta c = e.sesion.DbEmpresa->consulta(std::string("SELECT * FROM ") + tabla + " ORDER BY rowid");
+                for (c.primero(); !c.eof(); c.siguiente())
+                    for (int i = 0; i < c.numCampos(); ++i) r += c.campo(i).texto() + "|";
+            }
+            return r + e.sesion.DbEmpresas->escalar("SELECT IdSistema FROM Empresas").texto();
+        };
+        e.enero = e.Archivo("cliente/pol_ene2.txt",
+                            "Poliza^Cuenta^Fecha^x^Tipo^Concepto^Mov^Importe^Referencia\n"
+                            "2^110102^16/01/2023^x^D^Otro depósito^1^10.00^Ficha 2\n"
+                            "2^110101^16/01/2023^x^D^Otro depósito^2^10.00^Ficha 2\n");
+        const std::string antes = libros();
+        QVERIFY(antes.find("Depósito de caja") != std::string::npos);
+        int resultado = importaDesdeElFormulario(e, {DecisionInconsistencias::Cancelar});
+        QCOMPARE(resultado, int(app::kProgramaTerminado));
+        QVERIFY(Textos(e.ui).contains("La importación ha sido cancelada."));
+        QVERIFY(HayInconsistencias(e.sesion.RutaEmpresa));
+        QVERIFY(libros() == antes);
+    }
+
+    // A re-import whose vouchers stop before the last imported month is
+    // refused, and the form stays open for the user.
+    void unPeriodoInvalidoDejaElFormularioAbierto() {
+        EscenarioTexto e;
+        e.febrero = e.Archivo("cliente/pol_feb.txt",
+                              "Poliza^Cuenta^Fecha^x^Tipo^Concepto^Mov^Importe^Referencia\n"
+                              "1^110102^15/02/2023^x^D^Depósito^1^5.00^F\n"
+                              "1^110101^15/02/2023^x^D^Depósito^2^5.00^F\n");
+        importaDesdeElFormulario(e, {DecisionInconsistencias::Continuar});
+        // The same months again, but February's file now holds January.
+        e.febrero = e.Archivo("cliente/pol_feb.txt", kPolizasEnero);
+        app::frm082TextoGenericoSeparado* forma = nullptr;
+        int resultado = importaDesdeElFormulario(e, {DecisionInconsistencias::Continuar}, &forma);
+        QCOMPARE(resultado, -1);  // still open
+        QStringList mensajes = Textos(e.ui);
+        QVERIFY2(mensajes.join(" ").contains("realizó al mes de FEBRERO"), qPrintable(mensajes.join(" | ")));
+        QCOMPARE(e.sesion.DbEmpresa->escalar("SELECT COUNT(*) FROM Polizas").entero(), 2);
+        delete forma;
+    }
+
+private:
+    // Runs one import from a new importer form with the scenario's files,
+    // answering the layout form as a user would. Returns the form's result,
+    // or -1 when it is still open (then `abierta` receives it, if asked).
+    int importaDesdeElFormulario(EscenarioTexto& e, std::deque<DecisionInconsistencias> decisiones,
+                                 app::frm082TextoGenericoSeparado** abierta = nullptr) {
+        auto* f = new app::frm082TextoGenericoSeparado(e.sesion);
+        f->show();
+        QCoreApplication::processEvents();
+        f->optOtro->setChecked(true);
+        e.ui.archivos = {e.catalogo, e.enero};
+        QTest::mouseClick(f->boton("cmdCatalogo"), Qt::LeftButton);
+        QTest::mouseClick(f->cmdAbrirMes[0], Qt::LeftButton);
+        if (!e.febrero.empty()) {
+            e.ui.archivos = {e.febrero};
+            QTest::mouseClick(f->cmdAbrirMes[1], Qt::LeftButton);
+        }
+        e.ui.decisiones = decisiones;
+        e.ui.respuestas = {true, true, true};
+        AlAbrirseModal(
+            [](QDialog* d) {
+                auto* p = static_cast<frm083ParametrosTextoGenerico*>(d);
+                p->tboConfigArchivos->setCurrentIndex(1);
+                Escribe(p->txtTipoPIni, "5");
+                p->cboConfiguraciones->lineEdit()->clear();
+                QTest::keyClicks(p->cboConfiguraciones->lineEdit(), "FORMATO ACME");
+                QTest::mouseClick(p->cmdAceptar, Qt::LeftButton);
+            },
+            "frm083ParametrosTextoGenerico");
+        QTest::mouseClick(f->cmdImportar, Qt::LeftButton);
+        if (f->isVisible()) {
+            if (abierta) *abierta = f;
+            else delete f;
+            return -1;
+        }
+        int r = f->result();
+        delete f;
+        return r;
     }
 };
 
