@@ -10,7 +10,6 @@
 namespace velmorant::cli {
 namespace {
 
-std::string DosDigitos(int m) { return (m < 10 ? "0" : "") + std::to_string(m); }
 
 std::string Columna(std::string texto, size_t ancho, bool derecha = false) {
     // Width in characters, not bytes: accents are two bytes in UTF-8.

@@ -19,7 +19,6 @@ std::string Columna(const std::string& texto, size_t ancho, bool derecha = false
     return derecha ? relleno + texto : texto + relleno;
 }
 
-std::string DosDigitos(int mes) { return (mes < 10 ? "0" : "") + std::to_string(mes); }
 
 // The months that hold rules or selected accounts, in order.
 std::vector<int> MesesConSeleccion(BaseDatos& db) {

@@ -31,7 +31,6 @@ std::string Mayusculas(std::string t) {
 
 bool EsDigito(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
 
-std::string DosDigitos(int n) { return (n < 10 ? "0" : "") + std::to_string(n); }
 
 // The files of a folder by their lower-case names.
 std::map<std::string, std::string> ArchivosPorNombre(const std::string& carpeta) {

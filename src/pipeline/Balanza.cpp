@@ -19,10 +19,6 @@ namespace {
 
 // ------------------------------------------------------------------ Helpers
 
-BaseDatos& Empresa(Sesion& s) {
-    if (!s.DbEmpresa) throw std::logic_error("La base de datos de la empresa no está abierta");
-    return *s.DbEmpresa;
-}
 
 // The company table: through the company connection while a run's commit
 // has it attached (its writes then share the run's transaction), else
@@ -35,25 +31,9 @@ BaseDatos& BaseEmpresas(Sesion& s) {
     return *s.DbEmpresas;
 }
 
-std::string DosDigitos(int n) { return (n < 10 ? "0" : "") + std::to_string(n); }
 
 std::string NombreDelMes(int mes) { return NombreMesDosDigitos(DosDigitos(mes)); }
 
-void Etiqueta(Sesion& s, const std::string& texto) {
-    if (s.progreso) s.progreso->etiqueta(texto);
-}
-void Maximo(Sesion& s, size_t n) {
-    if (s.progreso) s.progreso->maximo(static_cast<long>(n));
-}
-void Avance(Sesion& s, size_t n) {
-    if (s.progreso) {
-        s.progreso->valor(static_cast<long>(n));
-        s.progreso->cede();
-    }
-}
-void Cede(Sesion& s) {
-    if (s.progreso) s.progreso->cede();
-}
 
 /// A table name that goes into SQL text: letters, digits and "_" only.
 std::string NombreTabla(const std::string& tabla) {
@@ -122,18 +102,18 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
 }
 
 void PostaPolizasDelMes(Sesion& s, int mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     Consulta polizas = db.consulta(
         "SELECT IdPoliza, Poliza, Tipo, Fecha, Poliza_Mes13, Poliza_Ajuste FROM Polizas "
         "WHERE Cuadrada AND NOT IFNULL(Poliza_Deshabilitada,0) AND Month(Fecha)=? ORDER BY IdPoliza ASC",
         mes);
     if (BalanzaVacia(db)) return;
-    Maximo(s, polizas.cuentaRegistros());
+    MaximoProgreso(s, polizas.cuentaRegistros());
     Sumas sumas;
     size_t n = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         std::string poliza = SiNuloTexto(polizas["Poliza"]), tipo = SiNuloTexto(polizas["Tipo"]);
-        Etiqueta(s, "Aplicando póliza num. " + poliza + " de " + tipo + " " + NombreDelMes(mes));
+        EtiquetaProgreso(s, "Aplicando póliza num. " + poliza + " de " + tipo + " " + NombreDelMes(mes));
         Consulta lineas =
             db.consulta("SELECT Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza=? ORDER BY rowid",
                         polizas["IdPoliza"]);
@@ -148,7 +128,7 @@ void PostaPolizasDelMes(Sesion& s, int mes) {
             auto [columna, importe] = Asiento(polizas, lineas, mes);
             sumas[{*destino.fila, columna}] += importe;
         }
-        Avance(s, ++n);
+        AvanceProgreso(s, ++n);
     }
     EscribeSumas(db, "Balanzas", sumas);
 }
@@ -172,17 +152,17 @@ const Entradas kReclasificaciones{"Reclasificaciones", "Reclasificaciones_Detall
 // clang-format on
 
 void AplicaEntradas(Sesion& s, const std::string& tabla, const Entradas& e) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const std::string id = e.id;
     Consulta cabeceras = db.consulta("SELECT " + id + " FROM " + e.cabecera +
                                      " WHERE Estatus AND NOT IFNULL(Contabilizado,0) ORDER BY " + id + " ASC");
     if (cabeceras.vacia()) return;
     Transaccion t(db);
-    Maximo(s, cabeceras.cuentaRegistros());
+    MaximoProgreso(s, cabeceras.cuentaRegistros());
     Sumas sumas;
     size_t n = 0;
     for (cabeceras.primero(); !cabeceras.eof(); cabeceras.siguiente()) {
-        Etiqueta(s, e.etiqueta);
+        EtiquetaProgreso(s, e.etiqueta);
         Consulta lineas = db.consulta(
             std::string("SELECT Cuenta, Tipo, Importe FROM ") + e.detalle + " WHERE " + id + "=? ORDER BY rowid",
             cabeceras[id]);
@@ -193,7 +173,7 @@ void AplicaEntradas(Sesion& s, const std::string& tabla, const Entradas& e) {
             const char* columna = SiNuloTexto(lineas["Tipo"]) == "C" ? e.debe : e.haber;
             sumas[{*fila, columna}] += lineas["Importe"].moneda();
         }
-        Avance(s, ++n);
+        AvanceProgreso(s, ++n);
     }
     EscribeSumas(db, tabla, sumas);
     t.confirma();
@@ -282,7 +262,7 @@ void Asciende(BalanzaEnMemoria& b, const Arbol& a, std::string padre, size_t col
 void AcumulaEnPadres(Sesion& s, BaseDatos& db, const std::vector<std::string>& columnas) {
     BalanzaEnMemoria b = LeeBalanza(db, columnas);
     Arbol a = LeeArbol(db);
-    Maximo(s, columnas.size());
+    MaximoProgreso(s, columnas.size());
     for (size_t col = 0; col < columnas.size(); ++col) {
         std::vector<bool> cambiada(b.filas.size(), false);
         for (const auto& [cuenta, padre] : a.detalle) {
@@ -294,7 +274,7 @@ void AcumulaEnPadres(Sesion& s, BaseDatos& db, const std::vector<std::string>& c
         Sentencia& escribe = db.preparada("UPDATE Balanzas SET \"" + columnas[col] + "\"=? WHERE rowid=?");
         for (size_t i = 0; i < b.filas.size(); ++i)
             if (cambiada[i]) escribe.con(b.valores[i][col], b.filas[i]).ejecuta();
-        Avance(s, col + 1);
+        AvanceProgreso(s, col + 1);
     }
 }
 
@@ -330,7 +310,7 @@ int NumeroDeMesDeTexto(const std::string& mes) {
 }
 
 DestinoLinea DestinoEnBalanza(Sesion& s, const std::string& cuenta, const Valor& tipoMov, const Valor& importe) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     std::string movimiento =
         "No es posible registrar el movimiento " + SiNuloTexto(tipoMov) + ", " + TextoImporte(importe);
     DestinoLinea d;
@@ -345,7 +325,7 @@ DestinoLinea DestinoEnBalanza(Sesion& s, const std::string& cuenta, const Valor&
 }
 
 void AplicaPolizasABalanza(Sesion& s, const std::string& mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
     const bool ultimo = n == s.UltimoMesNuevo;
     Transaccion t(db);
@@ -363,7 +343,7 @@ void AplicaPolizasABalanza(Sesion& s, const std::string& mes) {
         AplicaReclasificaciones(s, "Balanzas");
     }
     t.confirma();
-    Cede(s);
+    CedeProgreso(s);
 }
 
 void AplicaAjustes(Sesion& s, const std::string& tabla) { AplicaEntradas(s, tabla, kAjustes); }
@@ -371,10 +351,10 @@ void AplicaAjustes(Sesion& s, const std::string& tabla) { AplicaEntradas(s, tabl
 void AplicaReclasificaciones(Sesion& s, const std::string& tabla) { AplicaEntradas(s, tabla, kReclasificaciones); }
 
 void ObtieneSaldosBalanza(Sesion& s, const std::string& mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
     const bool ultimo = n == s.UltimoMesNuevo;
-    Etiqueta(s, "Obteniendo saldos de balanza...");
+    EtiquetaProgreso(s, "Obteniendo saldos de balanza...");
     Transaccion t(db);
     db.ejecuta("UPDATE Balanzas SET SdoFin" + mes + "=0");
     if (ultimo) {
@@ -400,12 +380,12 @@ void ObtieneSaldosBalanza(Sesion& s, const std::string& mes) {
         }
     }
     t.confirma();
-    Cede(s);
+    CedeProgreso(s);
 }
 
 void CalculaSaldosFinales(Sesion& s) {
-    BaseDatos& db = Empresa(s);
-    Etiqueta(s, "Calculando Saldos Finales ...");
+    BaseDatos& db = EmpresaAbierta(s);
+    EtiquetaProgreso(s, "Calculando Saldos Finales ...");
     std::vector<std::string> columnas = ColumnasAcumulables(db);
     Transaccion t(db);
     AnulaCuentasAcumulativas(db, columnas);
@@ -415,11 +395,11 @@ void CalculaSaldosFinales(Sesion& s) {
 }
 
 void MarcaCuentasConMovimientos(Sesion& s) {
-    Etiqueta(s, "Calculando Movimientos en Cuentas ...");
-    Empresa(s).ejecuta(
+    EtiquetaProgreso(s, "Calculando Movimientos en Cuentas ...");
+    EmpresaAbierta(s).ejecuta(
         "UPDATE Cuentas SET ConMovtos = CASE WHEN EXISTS (SELECT 1 FROM Polizas_Detalle d "
         "WHERE d.Cuenta = Cuentas.Cuenta) THEN -1 ELSE 0 END");
-    Cede(s);
+    CedeProgreso(s);
 }
 
 void CalculaSaldosEtapas(Sesion& s) {
@@ -440,12 +420,12 @@ void CalculaSaldosEtapas(Sesion& s) {
 }
 
 void ObtieneSaldosEtapa(Sesion& s, int mes, const std::string& etapa) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const std::string campo = CampoSaldoDeEtapa(etapa);
     if (campo.empty()) throw std::invalid_argument("Etapa sin columna de saldos: \"" + etapa + "\"");
     if (etapa == "FINAL" && s.SaldosConMes13) mes = 13;
     mes = std::min(mes, 13);
-    Etiqueta(s, "Obteniendo Saldos de " + etapa + " ...");
+    EtiquetaProgreso(s, "Obteniendo Saldos de " + etapa + " ...");
 
     std::string saldo = "IFNULL(SaldoInicial,0)";
     for (int m = 1; m <= mes; ++m) saldo += " + IFNULL(C" + DosDigitos(m) + ",0) - IFNULL(A" + DosDigitos(m) + ",0)";
@@ -454,7 +434,7 @@ void ObtieneSaldosEtapa(Sesion& s, int mes, const std::string& etapa) {
                                    "ORDER BY Cuenta");
     const bool anterior = campo == "Saldo_Anterior_Final";
     Transaccion t(db);
-    Maximo(s, balanza.cuentaRegistros());
+    MaximoProgreso(s, balanza.cuentaRegistros());
     size_t n = 0;
     for (balanza.primero(); !balanza.eof(); balanza.siguiente()) {
         auto fila = FilaDeCuenta(db, "Cuentas", SiNuloTexto(balanza["Cuenta"]));
@@ -473,10 +453,10 @@ void ObtieneSaldosEtapa(Sesion& s, int mes, const std::string& etapa) {
                            ajustado + rclDebe - rclHaber, *fila);
             }
         }
-        if (++n % 100 == 0) Avance(s, n);
+        if (++n % 100 == 0) AvanceProgreso(s, n);
     }
     t.confirma();
-    Avance(s, n);
+    AvanceProgreso(s, n);
 }
 
 std::string CampoSaldoDeEtapa(const std::string& etapa) {
@@ -494,7 +474,7 @@ std::string EtapaActual(Sesion& s) {
 }
 
 bool HayAjustesOReclasificaciones(Sesion& s) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     return !db.escalar("SELECT 1 FROM Ajustes LIMIT 1").esNulo() ||
            !db.escalar("SELECT 1 FROM Reclasificaciones LIMIT 1").esNulo();
 }

@@ -67,10 +67,6 @@ int NumeroMes(const std::string& mes) {
 
 bool EsMes13(const std::string& mes) { return NumeroMes(mes) == 13; }
 
-BaseDatos& Empresa(Sesion& s) {
-    if (!s.DbEmpresa) throw std::logic_error("La base de la empresa no está abierta");
-    return *s.DbEmpresa;
-}
 
 Encabezado LeeEncabezado(const Sentencia& st) {
     return {st.columna(0).entero(), st.columna(1), st.columna(2), st.columna(3), st.columna(4), st.columna(5)};
@@ -329,7 +325,7 @@ void AseguraIndiceIdentidadTmp(BaseDatos& db) {
 // ------------------------------------------------------------------ Steps
 
 void ComparaPolizas(Sesion& s, const std::string& mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const bool mes13 = EsMes13(mes);
     std::vector<Encabezado> viejas =
         mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
@@ -359,7 +355,7 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
 }
 
 void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const bool mes13 = EsMes13(mes);
     const bool habiaPolizas =
         mes13 ? !db.escalar("SELECT 1 FROM Polizas WHERE IFNULL(Poliza_Mes13,0)<>0 LIMIT 1").esNulo()
@@ -384,7 +380,7 @@ void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
 }
 
 void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const bool mes13 = EsMes13(mes);
     std::vector<Encabezado> nuevas =
         mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "

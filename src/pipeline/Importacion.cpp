@@ -28,7 +28,6 @@ namespace {
 // so that its writes and the company's share one atomic transaction.
 constexpr const char* kAliasEmpresas = kAliasEmpresasRun;
 
-std::string DosDigitos(int mes) { return (mes < 10 ? "0" : "") + std::to_string(mes); }
 
 // One run: its session, its importer and the name of the step in hand, so
 // that a failure can say where it happened.

@@ -11,10 +11,6 @@ namespace velmorant {
 
 namespace {
 
-BaseDatos& Empresa(Sesion& s) {
-    if (!s.DbEmpresa) throw std::logic_error("La base de datos de la empresa no está abierta");
-    return *s.DbEmpresa;
-}
 
 /// The company connection, with the voucher stores attached to it.
 BaseDatos& PolizasTmp(Sesion& s) {
@@ -23,18 +19,6 @@ BaseDatos& PolizasTmp(Sesion& s) {
     return *s.DbPolizasTmp;
 }
 
-void Etiqueta(Sesion& s, const std::string& texto) {
-    if (s.progreso) s.progreso->etiqueta(texto);
-}
-void Maximo(Sesion& s, size_t n) {
-    if (s.progreso) s.progreso->maximo(static_cast<long>(n));
-}
-void Avance(Sesion& s, size_t n) {
-    if (s.progreso) {
-        s.progreso->valor(static_cast<long>(n));
-        s.progreso->cede();
-    }
-}
 
 void Registra(Sesion& s, const std::string& referencia, const Consulta& poliza, const std::string& cuenta) {
     RegistraInconsistencia(s, referencia, kFuentePolizas, "D", SiNuloTexto(poliza["Poliza"]),
@@ -98,10 +82,10 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     const int n = NumeroDeMesDeTexto(mes);
     Consulta polizas = PolizasTmpDelMes(db, n);
     Transaccion t(db);
-    Maximo(s, polizas.cuentaRegistros());
+    MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
-        Etiqueta(s, "Verificando cuadre de Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " +
+        EtiquetaProgreso(s, "Verificando cuadre de Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " +
                         SiNuloTexto(polizas["Tipo"]) + ", " + NombreMesDosDigitos(mes));
         Moneda diferencia = DiferenciaDePoliza(db, polizas["IdPoliza"]);
         if (!diferencia.esCero()) {
@@ -115,14 +99,14 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
                          polizas, "");
             db.ejecuta("UPDATE Polizas_Tmp SET Cuadrada=-1 WHERE rowid=?", polizas["Fila"]);
         }
-        Avance(s, ++avance);
+        AvanceProgreso(s, ++avance);
     }
     t.confirma();
 }
 
 void GuardaPolizas(Sesion& s, const std::string& mes) {
     PolizasTmp(s);
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
     Consulta polizas = db.consulta(
         "SELECT IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, Poliza_Ajuste "
@@ -132,11 +116,11 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
         "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, "
         "Poliza_Ajuste) VALUES (?,?,?,?,substr(?,1,255),?,?,?,?)");
     Transaccion t(db);
-    Maximo(s, polizas.cuentaRegistros());
+    MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         auto fecha = polizas["Fecha"].fecha();
-        Etiqueta(s, "Importando Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " + SiNuloTexto(polizas["Tipo"]) + ", " +
+        EtiquetaProgreso(s, "Importando Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " + SiNuloTexto(polizas["Tipo"]) + ", " +
                         (fecha ? fecha->ddmmaaaa() : SiNuloTexto(polizas["Fecha"])));
         agrega
             .con(polizas["IdPoliza"], polizas["Poliza"], polizas["Tipo"], polizas["Fecha"],
@@ -145,13 +129,13 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
                  polizas["Poliza_Mes13"].booleano(), polizas["Poliza_Ajuste"].booleano())
             .ejecuta();
         GuardaLineas(db, polizas["IdPoliza"]);
-        Avance(s, ++avance);
+        AvanceProgreso(s, ++avance);
     }
     t.confirma();
 }
 
 void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
     if (db.escalar("SELECT 1 FROM Balanzas LIMIT 1").esNulo()) return;
     Consulta polizas = db.consulta(
@@ -159,10 +143,10 @@ void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
         "ORDER BY IdPoliza ASC",
         n);
     Transaccion t(db);
-    Maximo(s, polizas.cuentaRegistros());
+    MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
-        Etiqueta(s, "Verificando consistencia en póliza num. " + SiNuloTexto(polizas["Poliza"]) + " de " +
+        EtiquetaProgreso(s, "Verificando consistencia en póliza num. " + SiNuloTexto(polizas["Poliza"]) + " de " +
                         SiNuloTexto(polizas["Tipo"]) + " " + NombreMesDosDigitos(mes));
         Consulta lineas =
             db.consulta("SELECT Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza=? ORDER BY rowid",
@@ -176,7 +160,7 @@ void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
             rechazada = true;
         }
         if (rechazada) db.ejecuta("UPDATE Polizas SET Poliza_Deshabilitada=-1 WHERE rowid=?", polizas["Fila"]);
-        Avance(s, ++avance);
+        AvanceProgreso(s, ++avance);
     }
     t.confirma();
 }
@@ -194,14 +178,14 @@ bool ExistePolizaTmp(Sesion& s, const std::string& poliza, const std::string& ti
 
 void RegistraTiposPoliza(Sesion& s) {
     PolizasTmp(s);
-    Empresa(s).ejecuta(
+    EmpresaAbierta(s).ejecuta(
         "INSERT INTO CatTipoPoliza (Tipo, Descripcion) SELECT Tipo, Tipo FROM Polizas_Tmp "
         "WHERE Tipo IS NOT NULL AND Tipo NOT IN (SELECT Tipo FROM CatTipoPoliza WHERE Tipo IS NOT NULL) "
         "GROUP BY Tipo ORDER BY Tipo ASC");
 }
 
 void NormalizaTiposPoliza(Sesion& s) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     bool hayLetras = false;
     Consulta tipos = db.consulta("SELECT Tipo FROM CatTipoPoliza WHERE Tipo IS NOT NULL");
     for (tipos.primero(); !tipos.eof() && !hayLetras; tipos.siguiente())

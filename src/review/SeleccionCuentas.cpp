@@ -22,10 +22,6 @@ enum Criterio : long {
     kAleatoria = 10,
 };
 
-BaseDatos& Empresa(Sesion& s) {
-    if (!s.DbEmpresa) throw std::logic_error("La selección de cuentas necesita la base de la empresa abierta");
-    return *s.DbEmpresa;
-}
 
 // "SdoFin01" ... "SdoFin13": the only column name built from a value, and
 // only from a month checked here.
@@ -42,7 +38,7 @@ std::string Lado(bool contraNat) { return contraNat ? " AND SaldoContraNat" : " 
 // A work store emptied for the month: attached before the run's transaction
 // (PreparaAlmacenesSeleccion), or created and attached here outside one.
 void RenuevaAlmacen(Sesion& s, const char* alias, void (*crea)(Sesion&)) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     if (db.enTransaccion()) {
         if (!AbreAlmacen(s, alias))
             throw std::runtime_error(std::string("El almacén temporal ") + alias +
@@ -79,7 +75,7 @@ void AplicaPorcentaje(Sesion& s, long id, const std::string& cta, double porcent
     Moneda total = TotalSaldosCuentaIntegracion(s, cta, contraNat);
     SeleccionaCuentasPorPorcentaje(s, id, ObjetivoDePorcentaje(total, porcentajeUsr), cta, mes, contraNat);
     double porcentaje = PorcentajeSeleccionado(TotalSeleccionadoCriterio(s, id, cta, mes), total);
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     Valor fila = db.escalar(
         "SELECT rowid FROM SeleccionMaster WHERE IdCriterio = ? AND CtaIntegracion = ? AND MesRevision = ? "
         "ORDER BY rowid LIMIT 1",
@@ -127,7 +123,7 @@ void ActualizaTotalCtaSeleccion(Sesion& s, int mes) {
     std::string columna = ColumnaSaldoFinal(mes);
     const std::string primera =
         " FROM Balanzas WHERE Cuenta = SeleccionMaster.CtaIntegracion ORDER BY rowid LIMIT 1)";
-    Empresa(s).ejecuta("UPDATE SeleccionMaster SET TotalCta = (SELECT " + columna + primera +
+    EmpresaAbierta(s).ejecuta("UPDATE SeleccionMaster SET TotalCta = (SELECT " + columna + primera +
                        " WHERE EXISTS (SELECT 1" + primera);
 }
 
@@ -140,11 +136,11 @@ void ReconstruyeSeleccionesDeRevision(Sesion& s, const FuenteSemilla& semillas) 
 }
 
 bool ExistenCriteriosDelMes(Sesion& s, int mes) {
-    return !Empresa(s).escalar("SELECT 1 FROM SeleccionMaster WHERE MesRevision = ? LIMIT 1", mes).esNulo();
+    return !EmpresaAbierta(s).escalar("SELECT 1 FROM SeleccionMaster WHERE MesRevision = ? LIMIT 1", mes).esNulo();
 }
 
 void CopiaCriteriosDelMes(Sesion& s, int mesOrigen, int mesDestino) {
-    Empresa(s).ejecuta(
+    EmpresaAbierta(s).ejecuta(
         "INSERT INTO SeleccionMaster (IdCriterio, Descripcion, CtaIntegracion, SaldoMayorA, Porcentaje, TotalCta, "
         "PorcentajeUsr, MesRevision) "
         "SELECT IFNULL(IdCriterio, 0), IFNULL(Descripcion, ''), IFNULL(CtaIntegracion, ''), IFNULL(SaldoMayorA, 0), "
@@ -154,7 +150,7 @@ void CopiaCriteriosDelMes(Sesion& s, int mesOrigen, int mesDestino) {
 }
 
 void ReconstruyeSeleccionCuentas(Sesion& s, int mes, const FuenteSemilla& semillas) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     Consulta reglas = db.consulta("SELECT * FROM SeleccionMaster WHERE MesRevision = ? ORDER BY rowid", mes);
     if (reglas.vacia()) return;
     RenuevaAlmacen(s, kSeleccionDetalleTmp, CreaSeleccionDetalleTmp);
@@ -172,7 +168,7 @@ void LlenaSeleccionDetalleTmp(Sesion& s, int mes) {
     // Balances keep the trial balance's sign: a credit account's normal
     // balance is negative. A zero balance is never contrary.
     const std::string saldo = "IFNULL(b." + ColumnaSaldoFinal(mes) + ", 0)";
-    Empresa(s).ejecuta(
+    EmpresaAbierta(s).ejecuta(
         "INSERT INTO SeleccionDetalleTmp (Cuenta, Naturaleza, SaldoFin, ValAbsSaldoFin, SaldoContraNat, ConMovtos) "
         "SELECT c.Cuenta, IFNULL(c.Naturaleza, ''), " + saldo + ", abs(" + saldo + "), "
         "CASE WHEN (upper(c.Naturaleza) = 'D' AND " + saldo + " < 0) OR (upper(c.Naturaleza) = 'A' AND " + saldo +
@@ -184,14 +180,14 @@ void LlenaSeleccionDetalleTmp(Sesion& s, int mes) {
 }
 
 void GuardaSeleccionPrevia(Sesion& s) {
-    Empresa(s).ejecuta(
+    EmpresaAbierta(s).ejecuta(
         "INSERT INTO SeleccPreviaCtasBalTmp (IdCriterio, CtaIntegracion, Cuenta, Saldo, MesRevision) "
         "SELECT IdCriterio, CtaIntegracion, Cuenta, Saldo, MesRevision FROM SeleccionDetalle ORDER BY rowid");
 }
 
 void SeleccionaCuentasPorSaldo(Sesion& s, long idCriterio, Moneda monto, const std::string& ctaIntegracion, int mes,
                                bool contraNat) {
-    Consulta candidatas = Empresa(s).consulta("SELECT Cuenta, SaldoFin" + CandidatasDeIntegracion(contraNat) +
+    Consulta candidatas = EmpresaAbierta(s).consulta("SELECT Cuenta, SaldoFin" + CandidatasDeIntegracion(contraNat) +
                                                   " AND ValAbsSaldoFin >= ? ORDER BY ValAbsSaldoFin DESC, rowid",
                                               LongitudIntegracion(s), ctaIntegracion, monto);
     RegistroSeleccion registro(s, ctaIntegracion, mes);
@@ -201,7 +197,7 @@ void SeleccionaCuentasPorSaldo(Sesion& s, long idCriterio, Moneda monto, const s
 
 void SeleccionaCuentasPorPorcentaje(Sesion& s, long idCriterio, Moneda objetivo, const std::string& ctaIntegracion,
                                     int mes, bool contraNat) {
-    Consulta candidatas = Empresa(s).consulta(
+    Consulta candidatas = EmpresaAbierta(s).consulta(
         "SELECT Cuenta, SaldoFin" + CandidatasDeIntegracion(contraNat) +
             " ORDER BY ValAbsSaldoFin DESC, Cuenta ASC, rowid",
         LongitudIntegracion(s), ctaIntegracion);
@@ -218,7 +214,7 @@ void SeleccionaCuentasPorPorcentaje(Sesion& s, long idCriterio, Moneda objetivo,
 }
 
 void SeleccionaCuentasManuales(Sesion& s, const std::string& ctaIntegracion, int mes) {
-    BaseDatos& db = Empresa(s);
+    BaseDatos& db = EmpresaAbierta(s);
     Consulta previas = db.consulta(
         "SELECT Cuenta FROM SeleccPreviaCtasBalTmp WHERE CtaIntegracion = ? AND IdCriterio = ? ORDER BY rowid",
         ctaIntegracion, static_cast<long>(kManual));
@@ -235,7 +231,7 @@ void SeleccionaCuentasManuales(Sesion& s, const std::string& ctaIntegracion, int
 // ------------------------------------------------------------- Look-ups
 
 std::string NombreCriterioCuentas(Sesion& s, long idCriterio, const std::string& ctaIntegracion) {
-    Valor id = Empresa(s).escalar(
+    Valor id = EmpresaAbierta(s).escalar(
         "SELECT IdCriterio FROM SeleccionMaster WHERE IdCriterio = ? AND CtaIntegracion = ? LIMIT 1", idCriterio,
         ctaIntegracion);
     if (id.esNulo()) return "";
@@ -250,7 +246,7 @@ std::string NombreCriterioCuentas(Sesion& s, long idCriterio, const std::string&
 }
 
 Moneda TotalSaldosCuentaIntegracion(Sesion& s, const std::string& ctaIntegracion, bool contraNat) {
-    return Empresa(s)
+    return EmpresaAbierta(s)
         .escalar("SELECT Sum(SaldoFin) FROM SeleccionDetalleTmp WHERE [Left](Cuenta, length(?)) = ? COLLATE NOCASE" +
                      Lado(contraNat),
                  ctaIntegracion, ctaIntegracion)
@@ -258,7 +254,7 @@ Moneda TotalSaldosCuentaIntegracion(Sesion& s, const std::string& ctaIntegracion
 }
 
 Moneda TotalSeleccionadoCriterio(Sesion& s, long idCriterio, const std::string& ctaIntegracion, int mes) {
-    return Empresa(s)
+    return EmpresaAbierta(s)
         .escalar("SELECT SUM(Saldo) FROM SeleccionDetalle WHERE IdCriterio = ? AND CtaIntegracion = ? "
                  "AND VerObs = 0 AND MesRevision = ?",
                  idCriterio, ctaIntegracion, mes)
@@ -267,7 +263,7 @@ Moneda TotalSeleccionadoCriterio(Sesion& s, long idCriterio, const std::string& 
 
 std::string NaturalezaDeCuenta(Sesion& s, const std::string& cuenta) {
     return SiNuloTexto(
-        Empresa(s).escalar("SELECT Naturaleza FROM Cuentas WHERE Cuenta = ? ORDER BY rowid LIMIT 1", cuenta));
+        EmpresaAbierta(s).escalar("SELECT Naturaleza FROM Cuentas WHERE Cuenta = ? ORDER BY rowid LIMIT 1", cuenta));
 }
 
 std::vector<int> PosicionesDeSeparador(const std::string& texto, const std::string& separador) {

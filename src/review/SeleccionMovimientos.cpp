@@ -88,7 +88,6 @@ void RegistroCedula::agrega(const Preparado& p, int idCriterio) {
 
 namespace {
 
-std::string DosDigitos(int n) { return (n < 10 ? "0" : "") + std::to_string(n); }
 
 // `porcentaje` percent of `total`, as money (halves to the even digit).
 Moneda PorcentajeDe(Moneda total, double porcentaje) {

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
 
 #include "platform/Numeros.h"
@@ -57,6 +58,37 @@ std::string QuitaCaracteresEspeciales(const std::string& t) {
     return QuitaCaracter(QuitaCaracter(QuitaCaracter(t, "'"), "|"), "~");
 }
 
+std::string DosDigitos(long n) {
+    std::string t = std::to_string(n);
+    return t.size() < 2 ? "0" + t : t;
+}
+
+BaseDatos& EmpresaAbierta(Sesion& s) {
+    if (!s.DbEmpresa) throw std::logic_error("La base de datos de la empresa no está abierta");
+    return *s.DbEmpresa;
+}
+
+// ----------------------------------------------------------------- Progress
+
+void EtiquetaProgreso(Sesion& s, const std::string& texto) {
+    if (s.progreso) s.progreso->etiqueta(texto);
+}
+
+void MaximoProgreso(Sesion& s, size_t n) {
+    if (s.progreso) s.progreso->maximo(static_cast<long>(n));
+}
+
+void AvanceProgreso(Sesion& s, size_t n) {
+    if (s.progreso) {
+        s.progreso->valor(static_cast<long>(n));
+        s.progreso->cede();
+    }
+}
+
+void CedeProgreso(Sesion& s) {
+    if (s.progreso) s.progreso->cede();
+}
+
 // -------------------------------------------------------------------- Dates
 
 namespace {
@@ -84,11 +116,6 @@ std::vector<std::string> Divide(const std::string& t, char sep) {
 }
 
 int AnioDeDosDigitos(int anio) { return anio <= 15 ? 2000 + anio : 1900 + anio; }
-
-std::string DosDigitos(long n) {
-    std::string s = std::to_string(n);
-    return s.size() < 2 ? "0" + s : s;
-}
 
 std::string Compone(long dia, long mes, long anio, size_t digitosAnio) {
     if (digitosAnio <= 2) anio = AnioDeDosDigitos(static_cast<int>(anio));

@@ -35,6 +35,20 @@ std::string QuitaCaracter(const std::string& texto, const std::string& caracter)
 /// Removes "'", "|" and "~", in that order, with QuitaCaracter.
 std::string QuitaCaracteresEspeciales(const std::string& t);
 
+/// A month (or any small number) as two-digit text: 3 → "03".
+std::string DosDigitos(long n);
+
+/// The company connection; a logic error when the session has none open.
+BaseDatos& EmpresaAbierta(Sesion& s);
+
+// ----------------------------------------------------------------- Progress
+// A step's progress through the session's Progreso, when one is set.
+void EtiquetaProgreso(Sesion& s, const std::string& texto);
+void MaximoProgreso(Sesion& s, size_t n);
+/// Moves the bar and yields to the front end.
+void AvanceProgreso(Sesion& s, size_t n);
+void CedeProgreso(Sesion& s);
+
 // -------------------------------------------------------------------- Dates
 /// "dd/MM/yyyy" of a date text: two "-" or two "/" give three numbers, day
 /// first; six characters read as ddMMaa. Two-digit years become 20yy up to

@@ -1,4 +1,5 @@
 #include "store/EsquemaEmpresa.h"
+#include "session/Funciones.h"
 
 #include <stdexcept>
 
@@ -19,7 +20,6 @@ using campo::Moneda;
 using campo::Single;
 using campo::Texto;
 
-std::string DosDigitos(int n) { return (n < 10 ? "0" : "") + std::to_string(n); }
 
 DefTabla Empresas() {
     DefTabla t{"Empresas", {Long("IdEmpresa"), Texto("NombCorto", 50), Texto("Nombre", 255), Integer("Ejercicio"),
