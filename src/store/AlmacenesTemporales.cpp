@@ -13,21 +13,12 @@ namespace {
 
 using T = TipoCampo;
 
-using campo::Booleano;
-using campo::Byte;
-using campo::Contador;
-using campo::FechaC;
-using campo::Integer;
-using campo::Long;
-using campo::Memo;
-using campo::Moneda;
-using campo::Single;
-using campo::Texto;
+using namespace campo;
 
 DefTabla CuentasTmp() {
     return {"Cuentas",
             {Texto("Cuenta", 50), Texto("CuentaSinSeparadores", 50), Long("Nivel"), Texto("CuentaAcumulativa", 50),
-             Texto("Tipo", 1), Texto("Descripcion", 80), Moneda("Saldo"), Moneda("SaldoFinAnioAnt"),
+             Texto("Tipo", 1), Texto("Descripcion", 80), MonedaC("Saldo"), MonedaC("SaldoFinAnioAnt"),
              Texto("Naturaleza", 1), Booleano("Revisado")},
             {{"Cuenta", {"Cuenta"}}, {"CuentaSinSeparadores", {"CuentaSinSeparadores"}}}};
 }
@@ -42,7 +33,7 @@ DefTabla PolizasTmp(std::vector<std::string> camposIndice) {
 
 DefTabla PolizasDetalleTmp() {
     return {kPolizasDetalleTmp,
-            {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), Moneda("Importe"), Texto("Referencia", 255),
+            {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), MonedaC("Importe"), Texto("Referencia", 255),
              Integer("Partida")},
             {{"IdPoliza", {"IdPoliza"}}, {"Cuenta", {"Cuenta"}}}};
 }
@@ -60,10 +51,10 @@ std::vector<DefCampo> CamposCedula(bool completa) {
     std::vector<DefCampo> c{Contador("IdCedAnalitica")};
     if (completa) c.push_back(Long("IdCedAnaliticaAnt"));
     for (auto& f : {Long("IdCriterio"), Long("IdPoliza"), Texto("Poliza", 20), Texto("Tipo", 10), FechaC("Fecha"),
-                    Texto("Cuenta", 50), Texto("Referencia", 255), Texto("TipoMov", 1), Moneda("Importe"),
+                    Texto("Cuenta", 50), Texto("Referencia", 255), Texto("TipoMov", 1), MonedaC("Importe"),
                     Booleano("Modificado"), Texto("RefModificada", 255), Booleano("AplicaIVA"), Byte("PorIVA"),
-                    Moneda("IVA"), Booleano("AplicaRetISR"), Single("TasaRetISR"), Moneda("ImpteRetISR"),
-                    Booleano("AplicaRetIVA"), Single("TasaRetIVA"), Moneda("ImpteRetIVA")})
+                    MonedaC("IVA"), Booleano("AplicaRetISR"), Single("TasaRetISR"), MonedaC("ImpteRetISR"),
+                    Booleano("AplicaRetIVA"), Single("TasaRetIVA"), MonedaC("ImpteRetIVA")})
         c.push_back(f);
     for (int i = 1; i <= 7; ++i) c.push_back(Texto("Marca" + std::to_string(i), 3));
     c.push_back(Memo("Observaciones"));
@@ -81,22 +72,22 @@ DefTabla UUIDAnaliticaTmp() { return {"UUIDAnaliticaTmp", {Long("IdCedAnalitica"
 
 DefTabla SeleccionDetalleTmp() {
     return {kSeleccionDetalleTmp,
-            {Texto("Cuenta", 50), Moneda("SaldoFin"), Moneda("ValAbsSaldoFin"), Texto("Naturaleza", 1),
+            {Texto("Cuenta", 50), MonedaC("SaldoFin"), MonedaC("ValAbsSaldoFin"), Texto("Naturaleza", 1),
              Booleano("SaldoContraNat"), Booleano("Seleccionado"), Booleano("ConMovtos")},
             {{"Cuenta", {"Cuenta"}}}};
 }
 
 DefTabla SeleccPreviaCtasBalTmp() {
     return {kSeleccPreviaCtasBalTmp,
-            {Long("IdCriterio"), Texto("CtaIntegracion", 50), Texto("Cuenta", 50), Moneda("Saldo"),
+            {Long("IdCriterio"), Texto("CtaIntegracion", 50), Texto("Cuenta", 50), MonedaC("Saldo"),
              Integer("MesRevision")},
             {{"Cuenta", {"Cuenta"}}}};
 }
 
 DefTabla SelecPolizasDetalleTmp() {
     return {kSelecPolizasDetalleTmp,
-            {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), Moneda("Importe"), Texto("Referencia", 255),
-             Moneda("ImporteAbs"), Integer("NumMesFechaPol"), Byte("MovRevisado"), Texto("Poliza", 20),
+            {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), MonedaC("Importe"), Texto("Referencia", 255),
+             MonedaC("ImporteAbs"), Integer("NumMesFechaPol"), Byte("MovRevisado"), Texto("Poliza", 20),
              Texto("Tipo", 10), FechaC("Fecha"), Booleano("SaldoContraNat"), Booleano("MovDeRevision")},
             {}};
 }

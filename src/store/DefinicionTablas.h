@@ -30,14 +30,15 @@ struct DefTabla {
     std::vector<DefIndice> indices;
 };
 
-/// Shorthands for the fields of a table description, by legacy type.
+/// Shorthands for the fields of a table description, by legacy type (the
+/// "C" of MonedaC and FechaC keeps them apart from the value types).
 namespace campo {
 inline DefCampo Texto(const std::string& n, int l = 255) { return {n, TipoCampo::Texto, l}; }
 inline DefCampo Memo(const std::string& n) { return {n, TipoCampo::Memo}; }
 inline DefCampo Long(const std::string& n) { return {n, TipoCampo::Long}; }
 inline DefCampo Integer(const std::string& n) { return {n, TipoCampo::Integer}; }
 inline DefCampo Byte(const std::string& n) { return {n, TipoCampo::Byte}; }
-inline DefCampo Moneda(const std::string& n) { return {n, TipoCampo::Moneda}; }
+inline DefCampo MonedaC(const std::string& n) { return {n, TipoCampo::Moneda}; }
 inline DefCampo Booleano(const std::string& n) { return {n, TipoCampo::Booleano}; }
 inline DefCampo FechaC(const std::string& n) { return {n, TipoCampo::Fecha}; }
 inline DefCampo Single(const std::string& n) { return {n, TipoCampo::Single}; }

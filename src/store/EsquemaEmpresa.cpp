@@ -9,16 +9,7 @@ namespace {
 
 using T = TipoCampo;
 
-using campo::Booleano;
-using campo::Byte;
-using campo::Contador;
-using campo::FechaC;
-using campo::Integer;
-using campo::Long;
-using campo::Memo;
-using campo::Moneda;
-using campo::Single;
-using campo::Texto;
+using namespace campo;
 
 
 DefTabla Empresas() {
@@ -48,19 +39,19 @@ DefTabla Cuentas() {
     for (auto c : {"Saldo_Anterior_Previa", "Saldo_Anterior_Final", "Saldo_Previa1", "Saldo_Previa2", "Saldo_Previa3",
                    "Saldo_Final", "Ajuste_Debe", "Ajuste_Haber", "RCL_Debe", "RCL_Haber", "Saldo_Ajustado",
                    "Saldo_Final_Aud"})
-        t.campos.push_back(Moneda(c));
+        t.campos.push_back(MonedaC(c));
     return t;
 }
 
 // `Cuenta` first and `SaldoIniOrig` last: the roll-up walks the columns in
 // between by position.
 DefTabla Balanzas() {
-    DefTabla t{"Balanzas", {Texto("Cuenta", 50), Moneda("SaldoInicial")}, {{"Cuenta", {"Cuenta"}}}};
+    DefTabla t{"Balanzas", {Texto("Cuenta", 50), MonedaC("SaldoInicial")}, {{"Cuenta", {"Cuenta"}}}};
     for (const char* prefijo : {"C", "A", "SdoFin"})
-        for (int m = 1; m <= 13; ++m) t.campos.push_back(Moneda(prefijo + DosDigitos(m)));
+        for (int m = 1; m <= 13; ++m) t.campos.push_back(MonedaC(prefijo + DosDigitos(m)));
     for (auto c : {"Ajuste_Debe", "Ajuste_Haber", "RCL_Debe", "RCL_Haber", "Saldo_Ajustado", "Saldo_Final_Aud",
                    "SaldoIniOrig"})
-        t.campos.push_back(Moneda(c));
+        t.campos.push_back(MonedaC(c));
     return t;
 }
 
@@ -74,7 +65,7 @@ DefTabla Polizas() {
 
 DefTabla PolizasDetalle() {
     return {"Polizas_Detalle",
-            {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), Moneda("Importe"), Texto("Referencia", 255),
+            {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), MonedaC("Importe"), Texto("Referencia", 255),
              Integer("Partida")},
             {{"IdPoliza", {"IdPoliza"}}, {"Cuenta", {"Cuenta"}}}};
 }
@@ -91,20 +82,20 @@ DefTabla Entradas(const std::string& nombre, const std::string& id, const std::s
 
 DefTabla EntradasDetalle(const std::string& nombre, const std::string& id) {
     return {nombre,
-            {Long(id), Texto("Cuenta", 40), Texto("Tipo", 1), Moneda("Importe")},
+            {Long(id), Texto("Cuenta", 40), Texto("Tipo", 1), MonedaC("Importe")},
             {{id, {id}}, {"Cuenta", {"Cuenta"}}}};
 }
 
 DefTabla SeleccionMaster() {
     return {"SeleccionMaster",
-            {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), Moneda("SaldoMayorA"),
-             Single("Porcentaje"), Single("PorcentajeUsr"), Moneda("TotalCta"), Integer("MesRevision")},
+            {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), MonedaC("SaldoMayorA"),
+             Single("Porcentaje"), Single("PorcentajeUsr"), MonedaC("TotalCta"), Integer("MesRevision")},
             {}};
 }
 
 DefTabla SeleccionDetalle() {
     return {"SeleccionDetalle",
-            {Long("IdCriterio"), Texto("CtaIntegracion", 50), Texto("Cuenta", 50), Moneda("Saldo"), Byte("VerObs"),
+            {Long("IdCriterio"), Texto("CtaIntegracion", 50), Texto("Cuenta", 50), MonedaC("Saldo"), Byte("VerObs"),
              Texto("Obs", 255), Integer("MesRevision")},
             {{"Cuenta_MesRevision", {"Cuenta", "MesRevision"}}}};
 }
@@ -116,29 +107,29 @@ DefTabla HistorialSorteos() {
     return {"HistorialSorteos",
             {{"IdSorteo", T::Contador}, Texto("FechaHora", 19), Long("IdCriterio"), Integer("MesRevision"),
              Texto("CtaIntegracion", 50), Texto("Descripcion", 255), Integer("Porcentaje"), Long("Poblacion"),
-             Moneda("TotalPoblacion"), Long("Muestra"), Long("Previas"), Long("PorSortear"), Long("Disponibles"),
+             MonedaC("TotalPoblacion"), Long("Muestra"), Long("Previas"), Long("PorSortear"), Long("Disponibles"),
              Booleano("PoolCompleto"), Memo("Semillas"), Memo("Posiciones"), Memo("Cuentas")},
             {{"CtaIntegracion_MesRevision", {"CtaIntegracion", "MesRevision"}}}};
 }
 
 DefTabla CedAnaliticaMaster() {
     return {"CedAnaliticaMaster",
-            {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), Moneda("SaldoMayorA"),
-             Single("Porcentaje"), Moneda("TotalCta")},
+            {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), MonedaC("SaldoMayorA"),
+             Single("Porcentaje"), MonedaC("TotalCta")},
             {}};
 }
 
 std::vector<DefCampo> CamposMovimiento() {
     return {Texto("Poliza", 20), Texto("Tipo", 10), FechaC("Fecha"), Texto("Cuenta", 50), Texto("Referencia", 255),
-            Texto("TipoMov", 1), Moneda("Importe")};
+            Texto("TipoMov", 1), MonedaC("Importe")};
 }
 
 DefTabla CedAnalitica() {
     DefTabla t{"CedAnalitica", {{"IdCedAnalitica", T::Contador}, Long("IdCriterio"), Long("IdPoliza")}, {}};
     for (auto& c : CamposMovimiento()) t.campos.push_back(c);
     for (auto& c : {Booleano("Modificado"), Texto("Refmodificada", 255), Booleano("AplicaIVA"), Byte("PorIVA"),
-                    Moneda("IVA"), Booleano("AplicaRetISR"), Single("TasaRetISR"), Moneda("ImpteRetISR"),
-                    Booleano("AplicaRetIVA"), Single("TasaRetIVA"), Moneda("ImpteRetIVA")})
+                    MonedaC("IVA"), Booleano("AplicaRetISR"), Single("TasaRetISR"), MonedaC("ImpteRetISR"),
+                    Booleano("AplicaRetIVA"), Single("TasaRetIVA"), MonedaC("ImpteRetIVA")})
         t.campos.push_back(c);
     for (int i = 1; i <= 7; ++i) t.campos.push_back(Texto("Marca" + std::to_string(i), 3));
     for (auto& c : {Memo("Observaciones"), Memo("Sugerencias"), Texto("InfoAdd1", 255), Texto("InfoAdd2", 255),

@@ -13,27 +13,15 @@
 
 namespace {
 
-struct Resultado {
-    int estado;
-    std::string salida;  // stdout and stderr together
-};
+using Resultado = velmorant::prueba::ResultadoProceso;
 
 class CliTest : public ::testing::Test {
 protected:
     velmorant::prueba::CarpetaTemporal dir;
 
     Resultado Corre(const std::string& argumentos, const std::string& programa = VELMORANT_CLI) {
-        std::string cmd = "XDG_CONFIG_HOME='" + dir.texto() + "config' '" + programa + "' " + argumentos +
-                          " </dev/null 2>&1";
-        Resultado r{-1, ""};
-        FILE* p = popen(cmd.c_str(), "r");
-        if (!p) return r;
-        std::array<char, 4096> b;
-        size_t n;
-        while ((n = fread(b.data(), 1, b.size(), p)) > 0) r.salida.append(b.data(), n);
-        int st = pclose(p);
-        r.estado = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-        return r;
+        return velmorant::prueba::CorreProceso("XDG_CONFIG_HOME='" + dir.texto() + "config' '" + programa + "' " +
+                                               argumentos);
     }
     std::string base() { return dir.texto() + "base"; }
     void CreaDemo() {

@@ -10,21 +10,8 @@ namespace {
 using velmorant::prueba::AjustesAislados;
 using velmorant::prueba::CarpetaTemporal;
 
-struct Resultado {
-    int estado;
-    std::string salida;  // stdout and stderr together
-};
-
-Resultado Cli(const std::string& argumentos) {
-    std::string orden = std::string(VELMORANT_CLI) + " " + argumentos + " 2>&1 </dev/null";
-    Resultado r{-1, ""};
-    FILE* p = popen(orden.c_str(), "r");
-    if (!p) return r;
-    char bloque[4096];
-    for (size_t n; (n = fread(bloque, 1, sizeof bloque, p)) > 0;) r.salida.append(bloque, n);
-    int st = pclose(p);
-    r.estado = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-    return r;
+velmorant::prueba::ResultadoProceso Cli(const std::string& argumentos) {
+    return velmorant::prueba::CorreProceso(std::string(VELMORANT_CLI) + " " + argumentos);
 }
 
 TEST(ConfiguracionCli, CreaListaYMuestraConLasReglasDeLaForma) {

@@ -22,22 +22,9 @@ class InconsistenciasCli : public ::testing::Test {
 protected:
     prueba::CarpetaTemporal dir;
 
-    struct Resultado {
-        int estado;
-        std::string salida;
-    };
-    Resultado Corre(const std::string& argumentos) {
-        std::string cmd = "XDG_CONFIG_HOME='" + dir.texto() + "config' '" VELMORANT_CLI "' --base '" + base() +
-                          "' --empresa DEMO --ejercicio 2025 " + argumentos + " </dev/null 2>&1";
-        Resultado r{-1, ""};
-        FILE* p = popen(cmd.c_str(), "r");
-        if (!p) return r;
-        std::array<char, 4096> b;
-        size_t n;
-        while ((n = fread(b.data(), 1, b.size(), p)) > 0) r.salida.append(b.data(), n);
-        int st = pclose(p);
-        r.estado = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-        return r;
+    prueba::ResultadoProceso Corre(const std::string& argumentos) {
+        return prueba::CorreProceso("XDG_CONFIG_HOME='" + dir.texto() + "config' '" VELMORANT_CLI "' --base '" + base() +
+                          "' --empresa DEMO --ejercicio 2025 " + argumentos);
     }
     std::string base() { return dir.texto() + "base"; }
     std::string empresa() { return base() + "/2025_DEMO/"; }

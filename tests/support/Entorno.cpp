@@ -2,6 +2,9 @@
 
 #include <QSettings>
 
+#include <sys/wait.h>
+
+#include <cstdio>
 #include <cstdlib>
 #include <random>
 
@@ -34,6 +37,17 @@ AjustesAislados::AjustesAislados() {
 AjustesAislados::~AjustesAislados() {
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("VELMORANT_DATOS");
+}
+
+ResultadoProceso CorreProceso(const std::string& lineaDeOrdenes) {
+    ResultadoProceso r{-1, ""};
+    FILE* p = popen((lineaDeOrdenes + " </dev/null 2>&1").c_str(), "r");
+    if (!p) return r;
+    char bloque[4096];
+    for (size_t n; (n = fread(bloque, 1, sizeof bloque, p)) > 0;) r.salida.append(bloque, n);
+    int st = pclose(p);
+    r.estado = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+    return r;
 }
 
 bool InteraccionGuionada::mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) {

@@ -35,6 +35,16 @@ private:
     CarpetaTemporal carpeta_;
 };
 
+/// What a program run as a user would run it left: its exit status and its
+/// stdout and stderr together.
+struct ResultadoProceso {
+    int estado;
+    std::string salida;
+};
+
+/// Runs a shell command line with no standard input and collects its output.
+ResultadoProceso CorreProceso(const std::string& lineaDeOrdenes);
+
 struct MensajeMostrado {
     TipoMensaje tipo;
     std::string titulo;
