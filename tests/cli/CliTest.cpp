@@ -2,9 +2,7 @@
 // own XDG_CONFIG_HOME, checked by exit status and output.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
