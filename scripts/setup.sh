@@ -15,6 +15,7 @@ PACKAGES=(
   fonts-dejavu-core         # offscreen rendering of forms and reports
   poppler-utils             # pdftotext, to check rendered reports in tests
   qt6-translations-l10n     # Spanish texts of the toolkit's own dialogs (file chooser, printing)
+  ccache                    # compiler cache: repeated builds of the same sources are quick
 )
 
 missing=()

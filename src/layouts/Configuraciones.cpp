@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "layouts/TextoComun.h"
+#include "platform/Texto.h"
 #include "platform/Ajustes.h"
 #include "session/Funciones.h"
 #include "session/ProgramaTerminado.h"

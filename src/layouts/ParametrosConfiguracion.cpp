@@ -1,6 +1,6 @@
 #include "layouts/ParametrosConfiguracion.h"
 
-#include "layouts/TextoComun.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 
 namespace velmorant {

@@ -6,7 +6,7 @@
 #include "layouts/ConsultasTmp.h"
 #include "pipeline/Catalogo.h"
 #include "pipeline/Polizas.h"
-#include "layouts/TextoComun.h"
+#include "platform/Texto.h"
 #include "pipeline/Inconsistencias.h"
 #include "platform/ArchivoTexto.h"
 #include "platform/ErrorLectura.h"

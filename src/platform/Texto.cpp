@@ -1,4 +1,4 @@
-#include "layouts/TextoComun.h"
+#include "platform/Texto.h"
 
 #include <QString>
 

@@ -1,5 +1,6 @@
 #pragma once
-// Small text helpers shared by the layout store and the generic readers.
+// Small text helpers shared by the record sources, the layout store and the
+// readers.
 
 #include <string>
 #include <string_view>
