@@ -19,7 +19,7 @@
 #include <iostream>
 #include <string>
 
-#include "layouts/ImportadorTextoDelimitado.h"
+#include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "pipeline/Importacion.h"
 #include "platform/Ajustes.h"
 #include "session/Inicio.h"

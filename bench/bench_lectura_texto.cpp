@@ -17,7 +17,7 @@
 #include <memory>
 #include <string>
 
-#include "layouts/TextoDelimitado.h"
+#include "importers/texto_delimitado/LectorTextoDelimitado.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
 
@@ -112,11 +112,12 @@ int main(int argc, char** argv) {
 
     std::string catalogo = base + "catalogo.txt", polizas = base + "polizas.txt";
     EscribeArchivos(catalogo, polizas, lineas);
-    ImportaCatalogoTexto(s, catalogo, l, false);
+    DestinoTmp destino(s, ReglasTextoDelimitado());
+    ImportaCatalogoTexto(s, destino, catalogo, l, false);
 
     auto inicio = std::chrono::steady_clock::now();
     double cpuInicio = SegundosCpu();
-    ImportaPolizasTexto(s, polizas, l);
+    ImportaPolizasTexto(s, destino, polizas, l);
     double segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count();
     double cpu = SegundosCpu() - cpuInicio;
 

@@ -16,8 +16,8 @@ namespace velmorant::app {
 
 namespace {
 
-const char* const kSufijosMes[12] = {"Ene", "Feb", "Mar", "Abr", "May", "Jun",
-                                     "Jul", "Ago", "Sep", "Oct", "Nov", "Dic"};
+const char* const kSufijosMes[13] = {"Ene", "Feb", "Mar", "Abr", "May", "Jun", "Jul",
+                                     "Ago", "Sep", "Oct", "Nov", "Dic", "Mes13"};
 
 QLineEdit* CajaDeRuta(QWidget* padre, const QString& nombre) {
     auto* caja = new QLineEdit(padre);
@@ -40,6 +40,35 @@ QPushButton* BotonDeArchivo(QWidget* padre, const QString& nombre) {
 void Invierte(QWidget* w) { w->setEnabled(w->testAttribute(Qt::WA_Disabled)); }
 
 }  // namespace
+
+namespace {
+
+ArchivoDelMarco FilaDesde(const ArchivoDescrito& a) {
+    ArchivoDelMarco f;
+    f.control = QString::fromStdString(a.control);
+    f.boton = QString::fromStdString(a.boton);
+    f.etiqueta = QString::fromStdString(a.etiqueta);
+    f.selector = a.selector;
+    f.papel = a.papel;
+    f.faltante = a.faltante;
+    f.focoFaltante = QString::fromStdString(a.focoFaltante);
+    f.avisoFaltante = a.avisoFaltante;
+    return f;
+}
+
+}  // namespace
+
+DescripcionMarco DescripcionDesde(const DescriptorImportador& d) {
+    DescripcionMarco m;
+    m.idSistema = d.IdSistema;
+    m.titulo = QString::fromStdString(d.titulo);
+    for (const auto& a : d.archivos) m.archivos.push_back(FilaDesde(a));
+    m.meses = d.meses;
+    m.mes13 = d.mes13;
+    m.selectorMes = d.selectorMes;
+    if (d.anioAnterior) m.anioAnterior = FilaDesde(*d.anioAnterior);
+    return m;
+}
 
 void CentraEnPantalla(QWidget* forma) {
     QScreen* pantalla = forma->screen() ? forma->screen() : QGuiApplication::primaryScreen();
@@ -142,9 +171,10 @@ QWidget* MarcoImportador::construyeMeses() {
     rejilla->setColumnStretch(1, 1);
     rejilla->setVerticalSpacing(3);
     zona->addLayout(rejilla);
-    for (int i = 0; i < 12; ++i) {
+    const int filas = descripcion_.mes13 ? 13 : 12;
+    for (int i = 0; i < filas; ++i) {
         const int mes = i + 1;
-        chkMes[i] = new QCheckBox(QString::fromStdString(NombreDelMes(mes)), this);
+        chkMes[i] = new QCheckBox(mes == 13 ? QString("Mes 13") : QString::fromStdString(NombreDelMes(mes)), this);
         chkMes[i]->setObjectName(QString("chk") + kSufijosMes[i]);
         eloPathMes[i] = CajaDeRuta(this, QString("eloPath") + kSufijosMes[i]);
         cmdAbrirMes[i] = BotonDeArchivo(this, QString("cmdAbrir") + kSufijosMes[i]);
@@ -202,12 +232,13 @@ bool MarcoImportador::mesDisponible(int) const { return descripcion_.meses; }
 ArchivosImportacion MarcoImportador::Archivos() const {
     ArchivosImportacion a;
     for (const auto& archivo : descripcion_.archivos)
-        if (archivo.campo) a.*archivo.campo = elo(archivo.control)->text().toStdString();
-    if (descripcion_.anioAnterior && descripcion_.anioAnterior->campo)
-        a.*descripcion_.anioAnterior->campo = elo(descripcion_.anioAnterior->control)->text().toStdString();
+        if (!archivo.papel.empty()) a.fija(archivo.papel, elo(archivo.control)->text().toStdString());
+    if (descripcion_.anioAnterior && !descripcion_.anioAnterior->papel.empty())
+        a.fija(descripcion_.anioAnterior->papel, elo(descripcion_.anioAnterior->control)->text().toStdString());
     if (descripcion_.meses)
-        for (int i = 0; i < 12; ++i)
-            if (mesDisponible(i + 1) && chkMes[i]->isChecked()) a.meses[i] = eloPathMes[i]->text().toStdString();
+        for (int i = 0; i < 13; ++i)
+            if (chkMes[i] && mesDisponible(i + 1) && chkMes[i]->isChecked())
+                a.meses[i] = eloPathMes[i]->text().toStdString();
     return a;
 }
 
@@ -285,7 +316,7 @@ void MarcoImportador::EligeArchivo(const ArchivoDelMarco& archivo) {
 void MarcoImportador::EligeArchivoMes(int mes) {
     const size_t i = static_cast<size_t>(mes - 1);
     SelectorArchivo selector = descripcion_.selectorMes;
-    selector.titulo += NombreDelMes(mes);
+    selector.titulo += mes == 13 ? std::string("Mes 13") : NombreDelMes(mes);
     std::string ruta = SeleccionaArchivo(sesion_, selector);
     if (ruta.empty()) return;
     if (ArchivoYaElegido(sesion_, ruta, RutasElegidas(eloPathMes[i]))) {
@@ -335,7 +366,7 @@ bool MarcoImportador::FaltaArchivo(const ArchivoDelMarco& archivo) {
 
 bool MarcoImportador::ValidaPolizas() {
     if (!descripcion_.meses) return true;
-    std::array<std::string, 12> rutas = Archivos().meses;
+    std::array<std::string, 13> rutas = Archivos().meses;
     return CompletaSeleccionArchivos(sesion_, rutas);
 }
 
@@ -353,12 +384,14 @@ void MarcoImportador::cmdImportar_Click() {
     EjecutaImportacion();
 }
 
+std::unique_ptr<Importador> MarcoImportador::CreaImportador() {
+    MsgAviso(sesion_, "La importación de este sistema contable no está disponible en esta versión.");
+    return nullptr;
+}
+
 void MarcoImportador::EjecutaImportacion() {
     std::unique_ptr<Importador> importador = CreaImportador();
-    if (!importador) {
-        MsgAviso(sesion_, "La importación de este sistema contable no está disponible en esta versión.");
-        return;
-    }
+    if (!importador) return;  // its message was given
     const ArchivosImportacion archivos = Archivos();
     const bool anioAnterior = EnAnioAnterior();
     ProgresoQt& barra = progreso();

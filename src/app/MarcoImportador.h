@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "app/ProgresoQt.h"
+#include "importers/Descriptor.h"
 #include "importers/Importador.h"
 #include "importers/Marco.h"
 #include "session/Sesion.h"
@@ -37,7 +38,7 @@ struct ArchivoDelMarco {
     QString boton;    // the button, "cmdCatalogo"
     QString etiqueta;
     SelectorArchivo selector;
-    std::string ArchivosImportacion::*campo = nullptr;
+    std::string papel;     // where its path goes in the run (ArchivosImportacion::fija)
     std::string faltante;  // empty: optional
     QString focoFaltante;  // takes the focus then; empty: the row's button
     bool avisoFaltante = false;  // the message is a warning, not a notice
@@ -49,9 +50,13 @@ struct DescripcionMarco {
     QString titulo;
     std::vector<ArchivoDelMarco> archivos;  // tab of the fiscal year
     bool meses = false;                     // one voucher file per month
+    bool mes13 = false;                     // and a thirteenth, of the closing vouchers
     SelectorArchivo selectorMes;            // its title is followed by the month's name
     std::optional<ArchivoDelMarco> anioAnterior;  // the prior-year tab
 };
+
+/// The frame of an importer as its descriptor declares it.
+DescripcionMarco DescripcionDesde(const DescriptorImportador& d);
 
 class MarcoImportador : public QDialog {
     Q_OBJECT
@@ -70,9 +75,10 @@ public:
     QLabel* lblPbarAnioAnt = nullptr;
     QProgressBar* pbarAnioAnt = nullptr;
     QGroupBox* fraMeses = nullptr;
-    std::array<QCheckBox*, 12> chkMes{};
-    std::array<QPushButton*, 12> cmdAbrirMes{};
-    std::array<QLineEdit*, 12> eloPathMes{};
+    /// The month rows; [12] is "Mes 13", null unless the importer has it.
+    std::array<QCheckBox*, 13> chkMes{};
+    std::array<QPushButton*, 13> cmdAbrirMes{};
+    std::array<QLineEdit*, 13> eloPathMes{};
 
     /// The path box and the button of a file row, by name.
     QLineEdit* elo(const QString& control) const;
@@ -117,9 +123,9 @@ protected:
     virtual void Form_Load() {}
     /// A step between the checks and the run (a parameters form).
     virtual bool PreparaImportacion() { return true; }
-    /// The importer of the form's link with what the form chose; null when
-    /// this program has none for it.
-    virtual std::unique_ptr<Importador> CreaImportador() { return nullptr; }
+    /// The importer of the form's link with what the form chose; null, after
+    /// its message, when it cannot be made.
+    virtual std::unique_ptr<Importador> CreaImportador();
     /// The run: the form is disabled and the core's run engine reads the
     /// files, checks and commits. A finished run unloads the form; a refused
     /// one gives it back.

@@ -1,6 +1,8 @@
 #include "app/RegistroFormularios.h"
 
+#include "app/frm000ImportadorDescrito.h"
 #include "app/frm082TextoGenericoSeparado.h"
+#include "importers/Descriptor.h"
 
 namespace velmorant::app {
 
@@ -11,7 +13,8 @@ FabricaFormulario Fabrica() {
     return [](Sesion& s, QWidget* padre) { return std::make_unique<Forma>(s, padre); };
 }
 
-// The importer forms of this program.
+// The importer forms with controls of their own; every other importer of
+// the register gets the form its descriptor describes.
 std::map<int, FabricaFormulario>& Registro() {
     static std::map<int, FabricaFormulario> registro = {
         {82, Fabrica<frm082TextoGenericoSeparado>()},
@@ -25,8 +28,10 @@ void RegistraFormulario(int idSistema, FabricaFormulario fabrica) { Registro()[i
 
 std::unique_ptr<QDialog> CreaFormularioImportador(int idSistema, Sesion& s, QWidget* padre) {
     auto it = Registro().find(idSistema);
-    if (it == Registro().end()) return nullptr;
-    return it->second(s, padre);
+    if (it != Registro().end()) return it->second(s, padre);
+    if (const DescriptorImportador* d = BuscaImportador(idSistema))
+        return std::make_unique<frm000ImportadorDescrito>(s, *d, padre);
+    return nullptr;
 }
 
 }  // namespace velmorant::app

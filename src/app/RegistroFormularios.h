@@ -1,6 +1,7 @@
 #pragma once
-// The importer form of each link, by `IdSistema`. The link selector opens
-// the form registered here; a link without one ends the session.
+// The importer form of each link, by `IdSistema`: a form of its own where
+// the importer has one, else the form built from its descriptor. The link
+// selector opens it; a link without an importer ends the session.
 
 #include <QDialog>
 

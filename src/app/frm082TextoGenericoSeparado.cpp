@@ -2,44 +2,13 @@
 
 #include "app/frm083ParametrosTextoGenerico.h"
 #include "layouts/Configuraciones.h"
-#include "layouts/ImportadorTextoDelimitado.h"
+#include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "session/Funciones.h"
 #include "session/ProgramaTerminado.h"
 
 namespace velmorant::app {
 
-DescripcionMarco DescripcionTextoGenerico() {
-    const std::string filtro = "*.txt|*.txt";
-    DescripcionMarco d;
-    d.idSistema = 82;
-    d.titulo = "Texto Generico delimitado por caracter";
-    d.archivos = {
-        {"eloRutaArchCat", "cmdCatalogo", "Catálogo de cuentas",
-         {"Búsqueda del Archivo *.TXT - Catálogo de cuentas", filtro, kClaveCatalogo},
-         &ArchivosImportacion::catalogo,
-         "Especifique por favor el archivo que contiene el Catalogo de cuentas",
-         "cmdCancelar",
-         true},
-        {"eloRutaArchSaldosIni", "cmdSaldosIni", "Saldos iniciales",
-         {"Búsqueda del Archivo *.TXT - Saldos iniciales", filtro, kClaveSaldosIniciales},
-         &ArchivosImportacion::saldosIniciales,
-         "",
-         "",
-         false},
-    };
-    d.meses = true;
-    d.selectorMes = {"Búsqueda del Archivo de Pólizas del mes de ", filtro, kClavePolizasMes};
-    d.anioAnterior = ArchivoDelMarco{"eloRutaArchSdosFinalesAnioAnt",
-                                     "cmdSaldosFinAnioAnt",
-                                     "Saldos finales año anterior",
-                                     {"Búsqueda del Archivo *.TXT - Saldos finales año anterior", filtro,
-                                      kClaveSaldosAnioAnterior},
-                                     &ArchivosImportacion::saldosAnioAnterior,
-                                     "Especifique por favor el archivo que contiene los saldos finales del año anterior",
-                                     "",
-                                     true};
-    return d;
-}
+DescripcionMarco DescripcionTextoGenerico() { return DescripcionDesde(DescriptorTextoDelimitado()); }
 
 frm082TextoGenericoSeparado::frm082TextoGenericoSeparado(Sesion& sesion, QWidget* padre)
     : MarcoImportador(sesion, DescripcionTextoGenerico(), padre) {

@@ -8,7 +8,7 @@
 #include <QRadioButton>
 
 #include "app/MarcoImportador.h"
-#include "layouts/TextoDelimitado.h"
+#include "importers/texto_delimitado/LectorTextoDelimitado.h"
 
 namespace velmorant::app {
 

@@ -16,7 +16,7 @@
 #include <QTableView>
 
 #include "layouts/ParametrosConfiguracion.h"
-#include "layouts/TextoDelimitado.h"
+#include "importers/texto_delimitado/LectorTextoDelimitado.h"
 #include "session/Sesion.h"
 
 namespace velmorant::app {

@@ -75,6 +75,9 @@ public:
     /// written "NAME..." takes one or more values.
     virtual std::vector<std::string> argumentos() const { return {}; }
     virtual int ejecuta(const Argumentos& args, Contexto& ctx) = 0;
+    /// Sees the command's arguments before its help or its parsing, for a
+    /// command whose options depend on one of them (importar --enlace N).
+    virtual void conoceArgumentos(const std::vector<std::string>& argv) { (void)argv; }
 
     std::string ayuda() const;
     /// Parses argv after the command's words; throws ErrorUso.

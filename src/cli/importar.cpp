@@ -1,12 +1,16 @@
-// importar ... and saldos-anterior ...: a run of the delimited-text importer
-// (link 82) from the command line, through the same run engine as the
-// desktop program.
+// importar --enlace N ... and saldos-anterior --enlace N ...: a run of any
+// importer of this program from the command line, through the same run
+// engine as the desktop program. The options of each link (its files, its
+// check boxes, its valued options) come from the importer's descriptor, so
+// `importar --enlace N --help` lists that link's own.
 
+#include <filesystem>
 #include <ostream>
 
 #include "cli/Comando.h"
 #include "cli/ProgresoTerminal.h"
-#include "layouts/ImportadorTextoDelimitado.h"
+#include "importers/Descriptor.h"
+#include "importers/Registro.h"
 #include "pipeline/Importacion.h"
 #include "pipeline/Reportes.h"
 #include "pipeline/ReportesDecisiones.h"
@@ -17,31 +21,124 @@
 namespace velmorant::cli {
 namespace {
 
-std::vector<Opcion> OpcionesDeLectura() {
-    return {{"enlace", "N", "enlace del sistema contable; hoy sólo 82 (texto delimitado)"},
-            {"separador", "C", "texto separador de columnas (p. ej. ^, | o ~)"},
-            {"tabulador", "", "columnas separadas por tabuladores"},
-            {"configuracion", "NOMBRE", "configuración de columnas guardada (ver 'configuracion listar')"},
-            {"sin-titulos", "", "la primera línea de cada archivo no es de títulos"},
-            {"continuar", "", "si hay inconsistencias, continuar sin preguntar"},
-            {"cancelar", "", "si hay inconsistencias, cancelar sin preguntar"},
-            {"reporte", "ARCHIVO", "escribe el reporte de inconsistencias (.pdf, .html o .csv) antes de decidir"},
-            {"reporte-detalle", "ARCHIVO", "si se perdieron renglones de la cédula, escribe su reporte (.pdf, .html o .csv)"}};
+// The link named by --enlace among the arguments; null when none is given
+// or this program has no importer for it.
+const DescriptorImportador* EnlaceDeArgumentos(const std::vector<std::string>& argv) {
+    for (size_t i = 0; i < argv.size(); ++i) {
+        std::string valor;
+        if (argv[i] == "--enlace" && i + 1 < argv.size()) valor = argv[i + 1];
+        else if (argv[i].rfind("--enlace=", 0) == 0) valor = argv[i].substr(9);
+        else continue;
+        try {
+            return BuscaImportador(std::stoi(valor));
+        } catch (...) {
+            return nullptr;
+        }
+    }
+    return nullptr;
 }
 
-// The importer of the run, with its layout loaded. Refuses what it cannot use.
-ImportadorTextoDelimitado Importador82(Sesion& s, const Argumentos& args, bool unArchivo) {
-    if (EnteroDeOpcion(args.requerido("enlace"), "enlace", 1, 999) != 82)
-        throw Rehusado("Sólo el enlace 82 (texto genérico delimitado) se importa por ahora.");
-    if (args.tiene("separador") == args.tiene("tabulador"))
-        throw ErrorUso("indique --separador C o --tabulador, uno de los dos");
-    LecturaDelimitada lectura;
-    lectura.separador = args.tiene("tabulador") ? "\t" : *args.valor("separador");
-    lectura.Titulos = !args.tiene("sin-titulos");
-    if (!UsaConfiguracionTexto(s, args.requerido("configuracion"), lectura))
-        throw Rehusado("La configuración '" + *args.valor("configuracion") + "' no existe; créela con "
-                       "'velmorant-cli configuracion crear'.");
-    return ImportadorTextoDelimitado(lectura, unArchivo);
+std::vector<Opcion> OpcionesDeDecision() {
+    return {{"continuar", "", "si hay inconsistencias, continuar sin preguntar"},
+            {"cancelar", "", "si hay inconsistencias, cancelar sin preguntar"},
+            {"reporte", "ARCHIVO", "escribe el reporte de inconsistencias (.pdf, .html o .csv) antes de decidir"},
+            {"reporte-detalle", "ARCHIVO",
+             "si se perdieron renglones de la cédula, escribe su reporte (.pdf, .html o .csv)"}};
+}
+
+std::string ListaDeEnlaces() {
+    std::string r;
+    for (const auto& d : Importadores()) r += (r.empty() ? "" : ", ") + std::to_string(d.IdSistema);
+    return r;
+}
+
+// The link's check boxes and valued options.
+void AgregaOpcionesPropias(const DescriptorImportador& d, std::vector<Opcion>& o) {
+    for (const auto& p : d.parametros)
+        o.push_back({p.opcionCli, p.valor, p.descripcion + (p.requerido ? " (requerida)" : "")});
+    for (const auto& c : d.casillas) o.push_back({c.opcionCli, "", c.titulo});
+}
+
+std::vector<Opcion> OpcionesDeImportar(const DescriptorImportador* d) {
+    std::vector<Opcion> o{{"enlace", "N", "enlace del sistema contable (" + ListaDeEnlaces() + ")"}};
+    if (!d) return o;
+    for (const auto& a : d->archivos)
+        o.push_back({a.papel, a.carpeta ? "CARPETA" : "ARCHIVO", a.etiqueta, a.repetible});
+    if (d->meses)
+        o.push_back({"mes", "MM=ARCHIVO", std::string("pólizas del mes MM (01 a 12") + (d->mes13 ? "; 13 el cierre" : "") + ")",
+                     true});
+    if (d->unArchivo) o.push_back({"un-archivo", "ARCHIVO", "todas las pólizas del ejercicio en un archivo"});
+    AgregaOpcionesPropias(*d, o);
+    auto decision = OpcionesDeDecision();
+    o.insert(o.end(), decision.begin(), decision.end());
+    return o;
+}
+
+// A file the user named must be there before anything runs: a mistyped
+// path would otherwise reach a reader that ends quietly on a missing file.
+void VerificaEntrada(const std::string& ruta, const std::string& opcion, bool carpeta) {
+    std::error_code ec;
+    auto estado = std::filesystem::status(ruta, ec);
+    if (ec || !std::filesystem::exists(estado)) throw ErrorUso("--" + opcion + ": no existe " + ruta);
+    if (carpeta ? !std::filesystem::is_directory(estado) : !std::filesystem::is_regular_file(estado))
+        throw ErrorUso("--" + opcion + ": " + ruta + (carpeta ? " no es una carpeta" : " no es un archivo"));
+}
+
+// The user's choices, in the terms of the importer.
+ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& args, bool conPolizas) {
+    ArchivosImportacion a;
+    for (const auto& archivo : d.archivos)
+        for (const auto& ruta : args.valores(archivo.papel)) {
+            VerificaEntrada(ruta, archivo.papel, archivo.carpeta);
+            a.fija(archivo.papel, ruta);
+        }
+    for (const auto& m : args.valores("mes")) {
+        auto igual = m.find('=');
+        if (igual == std::string::npos) throw ErrorUso("--mes espera MM=ARCHIVO: " + m);
+        int mes = EnteroDeOpcion(m.substr(0, igual), "mes", 1, d.mes13 ? 13 : 12);
+        std::string ruta = m.substr(igual + 1);
+        VerificaEntrada(ruta, "mes", false);
+        a.meses[static_cast<size_t>(mes - 1)] = ruta;
+    }
+    if (auto unArchivo = args.valor("un-archivo")) {
+        VerificaEntrada(*unArchivo, "un-archivo", false);
+        a.polizas = *unArchivo;
+    }
+    if (conPolizas && d.meses && d.unArchivo && args.tiene("un-archivo") == !args.valores("mes").empty())
+        throw ErrorUso("indique las pólizas con --mes MM=ARCHIVO o con --un-archivo ARCHIVO, una de las dos");
+    for (const auto& c : d.casillas)
+        if (args.tiene(c.opcionCli)) a.casillas.insert(c.opcionCli);
+    for (const auto& p : d.parametros) {
+        auto v = args.valor(p.opcionCli);
+        if (!v) {
+            if (p.requerido) throw ErrorUso("falta la opción --" + p.opcionCli);
+            continue;
+        }
+        if (p.tipo == ParametroDescrito::Tipo::Mes) EnteroDeOpcion(*v, p.opcionCli, 1, 13);
+        a.parametros[p.opcionCli] = *v;
+    }
+    return a;
+}
+
+const DescriptorImportador& Descriptor(const Argumentos& args) {
+    int enlace = EnteroDeOpcion(args.requerido("enlace"), "enlace", 1, 999);
+    const DescriptorImportador* d = BuscaImportador(enlace);
+    if (!d)
+        throw Rehusado("El enlace " + std::to_string(enlace) + " no tiene importador en este programa; se importan: " +
+                       ListaDeEnlaces() + ".");
+    return *d;
+}
+
+// The importer of the run, built by its descriptor from the choices.
+std::unique_ptr<Importador> CreaImportador(Sesion& s, const DescriptorImportador& d, const ArchivosImportacion& a) {
+    std::unique_ptr<Importador> imp;
+    try {
+        imp = d.crea(s, a);
+    } catch (const ParametroInvalido& e) {
+        throw ErrorUso(e.what());
+    }
+    if (!imp) throw Rehusado("El enlace " + std::to_string(d.IdSistema) + " no pudo preparar la importación.");
+    return imp;
 }
 
 void PreparaDecision(InteraccionTerminal& ui, const Argumentos& args, Sesion& s) {
@@ -98,41 +195,29 @@ class ImportarComando : public Comando {
 public:
     std::string nombre() const override { return "importar"; }
     std::string descripcion() const override {
-        return "Importa el ejercicio de la empresa desde los archivos del cliente: catálogo,\n"
-               "saldos iniciales (opcional) y pólizas, por mes (--mes MM=ARCHIVO, repetible) o en\n"
-               "un solo archivo (--un-archivo). Cuando hay inconsistencias pregunta en la terminal;\n"
-               "sin terminal obedece --continuar o --cancelar, y sin ninguna de las dos cancela.";
+        std::string d =
+            "Importa el ejercicio de la empresa desde los archivos del cliente por el enlace de su sistema\n"
+            "contable. Cuando hay inconsistencias pregunta en la terminal; sin terminal obedece --continuar\n"
+            "o --cancelar, y sin ninguna de las dos cancela.";
+        if (enlace_) return d + "\n\nEnlace " + std::to_string(enlace_->IdSistema) + ": " + enlace_->titulo + ".";
+        return d + "\n\n'importar --enlace N --help' lista los archivos y opciones de cada enlace.";
     }
-    std::vector<Opcion> opciones() const override {
-        auto o = OpcionesDeLectura();
-        o.insert(o.begin() + 1, {{"catalogo", "ARCHIVO", "catálogo de cuentas"},
-                                 {"saldos-iniciales", "ARCHIVO", "saldos iniciales (si no, los del catálogo)"},
-                                 {"mes", "MM=ARCHIVO", "pólizas del mes MM", true},
-                                 {"un-archivo", "ARCHIVO", "todas las pólizas del ejercicio en un archivo"}});
-        return o;
-    }
+    std::vector<Opcion> opciones() const override { return OpcionesDeImportar(enlace_); }
+    void conoceArgumentos(const std::vector<std::string>& argv) override { enlace_ = EnlaceDeArgumentos(argv); }
     int ejecuta(const Argumentos& args, Contexto& ctx) override {
-        ArchivosImportacion archivos;
-        archivos.catalogo = args.valor("catalogo").value_or("");
-        archivos.saldosIniciales = args.valor("saldos-iniciales").value_or("");
-        bool unArchivo = args.tiene("un-archivo");
-        if (unArchivo == !args.valores("mes").empty())
-            throw ErrorUso("indique las pólizas con --mes MM=ARCHIVO o con --un-archivo ARCHIVO, una de las dos");
-        archivos.polizas = args.valor("un-archivo").value_or("");
-        for (auto& m : args.valores("mes")) {
-            auto igual = m.find('=');
-            if (igual == std::string::npos) throw ErrorUso("--mes espera MM=ARCHIVO: " + m);
-            int mes = EnteroDeOpcion(m.substr(0, igual), "mes", 1, 12);
-            archivos.meses[static_cast<size_t>(mes - 1)] = m.substr(igual + 1);
-        }
+        const DescriptorImportador& d = Descriptor(args);
+        ArchivosImportacion archivos = Eleccion(d, args, true);
         Sesion s;
         ProgresoTerminal progreso;
         s.progreso = &progreso;
         IniciaSesionCli(s, ctx);
         PreparaDecision(ctx.interaccion, args, s);
-        auto importador = Importador82(s, args, unArchivo);
-        return Corre(s, [&] { return EjecutaImportacion(s, importador, archivos); });
+        auto importador = CreaImportador(s, d, archivos);
+        return Corre(s, [&] { return EjecutaImportacion(s, *importador, archivos); });
     }
+
+private:
+    const DescriptorImportador* enlace_ = nullptr;
 };
 
 class SaldosAnteriorComando : public Comando {
@@ -143,20 +228,33 @@ public:
                "La empresa ya debe tener pólizas importadas.";
     }
     std::vector<Opcion> opciones() const override {
-        auto o = OpcionesDeLectura();
-        o.insert(o.begin() + 1, {"archivo", "ARCHIVO", "saldos finales del año anterior"});
+        std::vector<Opcion> o{{"enlace", "N", "enlace del sistema contable"},
+                              {"archivo", "ARCHIVO", "saldos finales del año anterior"}};
+        if (enlace_) AgregaOpcionesPropias(*enlace_, o);
+        auto decision = OpcionesDeDecision();
+        o.insert(o.end(), decision.begin(), decision.end());
         return o;
     }
+    void conoceArgumentos(const std::vector<std::string>& argv) override { enlace_ = EnlaceDeArgumentos(argv); }
     int ejecuta(const Argumentos& args, Contexto& ctx) override {
+        const DescriptorImportador& d = Descriptor(args);
+        if (!d.anioAnterior)
+            throw Rehusado("El enlace " + std::to_string(d.IdSistema) + " no importa saldos del año anterior.");
+        ArchivosImportacion archivos = Eleccion(d, args, false);
+        std::string ruta = args.valor("archivo").value_or("");
+        if (!ruta.empty()) VerificaEntrada(ruta, "archivo", false);
+        archivos.saldosAnioAnterior = ruta;
         Sesion s;
         ProgresoTerminal progreso;
         s.progreso = &progreso;
         IniciaSesionCli(s, ctx);
         PreparaDecision(ctx.interaccion, args, s);
-        auto importador = Importador82(s, args, false);
-        std::string ruta = args.valor("archivo").value_or("");
-        return Corre(s, [&] { return EjecutaSaldosAnioAnterior(s, importador, ruta); });
+        auto importador = CreaImportador(s, d, archivos);
+        return Corre(s, [&] { return EjecutaSaldosAnioAnterior(s, *importador, ruta); });
     }
+
+private:
+    const DescriptorImportador* enlace_ = nullptr;
 };
 
 RegistraComando registroImportar([] { return std::make_unique<ImportarComando>(); });

@@ -80,6 +80,7 @@ int Ejecuta(std::vector<std::string> args) {
     }
     auto comando = BuscaComando(args);
     if (!comando) throw ErrorUso("comando desconocido: " + args.front());
+    comando->conoceArgumentos(args);
     for (auto& a : args)
         if (a == "--help" || a == "-h") {
             std::cout << comando->ayuda();

@@ -1,29 +1,52 @@
 #pragma once
-// How an importer plugs into the run: what files it takes, which kind of run
-// it is (one file for the year, or one file per month), and its readers,
-// which fill the temporary stores and never touch the company database.
-// A new importer is its readers plus this small description; the run
-// engine, the command line and the desktop frame do the rest.
+// How an importer plugs into the run: which kind of run it is (one file for
+// the year, or one file per month), and its readers, which turn the rows of
+// the client's files into typed records for the run's one writer
+// (DestinoTmp) and never touch the company database. What the importer asks
+// of the user is declared in its descriptor (importers/Descriptor.h); the
+// run engine, the command line and the desktop frame do the rest.
 
 #include <array>
+#include <map>
+#include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
+#include "importers/DestinoTmp.h"
 #include "session/Sesion.h"
 
 namespace velmorant {
 
 enum class TipoImportacion {
-    ArchivoUnico,  // one voucher file for the whole year
+    ArchivoUnico,  // one voucher file (or one database) for the whole year
     MesPorMes,     // one voucher file per month
 };
 
-/// The files the user chose. Empty text means "not given".
+/// What the user chose: files by role, the ticked check boxes and the
+/// valued options. An empty text means "not given".
 struct ArchivosImportacion {
     std::string catalogo;
     std::string saldosIniciales;
     std::string polizas;                 // ArchivoUnico
-    std::array<std::string, 12> meses;   // MesPorMes, January first
+    std::array<std::string, 13> meses;   // MesPorMes, January first; [12] is month 13
     std::string saldosAnioAnterior;      // the prior-year run
+    /// Files of any other role ("base-datos", "balanza", ...), and every
+    /// file of a role that takes several.
+    std::map<std::string, std::vector<std::string>> otros;
+    /// Ticked check boxes, by their command-line name.
+    std::set<std::string> casillas;
+    /// Valued options, by their command-line name.
+    std::map<std::string, std::string> parametros;
+
+    /// The (first) file of a role; "" when none.
+    std::string ruta(const std::string& papel) const;
+    /// Every file of a role, in the order given.
+    std::vector<std::string> rutas(const std::string& papel) const;
+    /// Sets the file of a role (adds one, for a role that takes several).
+    void fija(const std::string& papel, const std::string& ruta);
+    bool casilla(const std::string& nombre) const { return casillas.count(nombre) > 0; }
+    std::optional<std::string> parametro(const std::string& nombre) const;
 };
 
 class Importador {
@@ -32,46 +55,30 @@ public:
 
     /// `IdSistema` of the link this importer serves.
     virtual int idSistema() const = 0;
-    /// Caption of its form.
-    virtual std::string titulo() const = 0;
-    /// Filter of its file pickers, "description|pattern".
-    virtual std::string filtroArchivos() const { return "Archivos de texto (*.txt)|*.txt|Todos (*.*)|*.*"; }
     virtual TipoImportacion tipo() const = 0;
-    /// The source keeps opening balances in a file of their own.
+    /// The source keeps opening balances in a file of its own.
     virtual bool saldosInicialesAparte() const { return false; }
-    /// The importer offers the prior-year tab.
-    virtual bool tieneAnioAnterior() const { return false; }
+    /// How the run's writer stores this importer's records.
+    virtual ReglasDestino reglasDestino() const { return {}; }
 
     /// Checks that the files it needs are given, saying what is missing in
     /// its own words; the run stops, untouched, when this is false. The
-    /// month-by-month check common to all importers follows it.
+    /// base checks the files its descriptor marks as required, in order;
+    /// the month-by-month check common to all importers follows it.
     virtual bool validaArchivos(Sesion& s, const ArchivosImportacion& a);
 
-    // Readers. Each fills the temporary stores of the run (attached to the
-    // session's company connection) and logs what it finds; a file it
-    // cannot read throws ErrorLectura (platform/ErrorLectura.h), and the run
-    // stops before anything is committed.
-    virtual void ImportaCatalogo(Sesion& s, const ArchivosImportacion& a) = 0;
-    virtual void ImportaSaldosIniciales(Sesion& s, const ArchivosImportacion& a) {
-        (void)s;
-        (void)a;
-    }
+    // Readers. Each turns its source into records for `d`, inside one
+    // transaction over the run's stores that the run opens around it. A
+    // source that cannot be read throws ErrorLectura (platform/ErrorLectura.h)
+    // after its messages; the run stops before anything is committed.
+    virtual void ImportaCatalogo(Sesion& s, DestinoTmp& d, const ArchivosImportacion& a) = 0;
+    virtual void ImportaSaldosIniciales(Sesion& s, DestinoTmp& d, const ArchivosImportacion& a);
     /// ArchivoUnico: every voucher of the year.
-    virtual void ImportaPolizas(Sesion& s, const ArchivosImportacion& a) {
-        (void)s;
-        (void)a;
-    }
-    /// MesPorMes: the vouchers of month `mes` (1..12) from `ruta`.
-    virtual void ImportaPolizasMes(Sesion& s, int mes, const std::string& ruta) {
-        (void)s;
-        (void)mes;
-        (void)ruta;
-    }
+    virtual void ImportaPolizas(Sesion& s, DestinoTmp& d, const ArchivosImportacion& a);
+    /// MesPorMes: the vouchers of month `mes` (1..13) from `ruta`.
+    virtual void ImportaPolizasMes(Sesion& s, DestinoTmp& d, int mes, const std::string& ruta);
     /// The prior-year run: closing balances of the prior year.
-    virtual void ImportaSaldosAnioAnterior(Sesion& s, const std::string& ruta) {
-        (void)s;
-        (void)ruta;
-    }
+    virtual void ImportaSaldosAnioAnterior(Sesion& s, DestinoTmp& d, const std::string& ruta);
 };
 
 }  // namespace velmorant

@@ -1,9 +1,26 @@
 #include "importers/Registro.h"
 
+#include <algorithm>
+
+#include "importers/Descriptor.h"
+#include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
+
 namespace velmorant {
 
+std::vector<DescriptorImportador> DescriptoresRegistrados() {
+    std::vector<DescriptorImportador> lista = {
+        DescriptorTextoDelimitado(),
+    };
+    std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });
+    return lista;
+}
+
 const std::set<int>& ImportadoresDisponibles() {
-    static const std::set<int> disponibles = {82};
+    static const std::set<int> disponibles = [] {
+        std::set<int> ids;
+        for (const auto& d : Importadores()) ids.insert(d.IdSistema);
+        return ids;
+    }();
     return disponibles;
 }
 

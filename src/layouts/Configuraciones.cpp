@@ -257,4 +257,22 @@ InicioConfiguraciones IniciaConfiguraciones(Sesion& s) {
     return inicio;
 }
 
+bool UsaConfiguracion(Sesion& s, int idEnlace, const std::string& nombre, EstructuraDatosTxt& registro) {
+    s.IdSistemaElegido = idEnlace;
+    IniciaConfiguraciones(s);
+    auto fila = LeeConfiguracion(*s.DbConfiguraciones, nombre);
+    if (!fila) {
+        MsgAviso(s, "No se encontro la configuracion actual");
+        return false;
+    }
+    if (fila->IdEnlace != 0 && fila->IdEnlace != idEnlace) {
+        MsgAviso(s, "La configuración " + nombre + " es del enlace " + std::to_string(fila->IdEnlace) +
+                        ", no del enlace " + std::to_string(idEnlace) + ".");
+        return false;
+    }
+    s.DbEmpresa->ejecuta("DELETE FROM Configuraciones WHERE Nombre = ?", nombre);
+    if (!CopiaConfiguracion(s, *s.DbConfiguraciones, *s.DbEmpresa, nombre)) return false;
+    return CargaConfigEmpresa(s, nombre, registro);
+}
+
 }  // namespace velmorant

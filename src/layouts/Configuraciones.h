@@ -140,6 +140,14 @@ struct InicioConfiguraciones {
     bool abreParametros = false;     // the parameter form must open at once
 };
 
+/// Makes `nombre` the company's layout for link `idEnlace` and loads it into
+/// `registro`, as a parameter form does on accepting: the catalogue is
+/// prepared, the company's copy replaced by the catalogue's row. False, after
+/// "No se encontro la configuracion actual", when the catalogue has no such
+/// layout, and after a message naming the other link when the layout
+/// belongs to another importer.
+bool UsaConfiguracion(Sesion& s, int idEnlace, const std::string& nombre, EstructuraDatosTxt& registro);
+
 /// The start of a generic importer form, for the session's link:
 /// PreparaCatalogoConfiguraciones, then the table of the company database
 /// created or upgraded, its predetermined row inserted and made current.

@@ -2,6 +2,7 @@
 
 #include "accounts/CodigosCuenta.h"
 #include "accounts/Jerarquia.h"
+#include "importers/DestinoTmp.h"
 #include "importers/Marco.h"
 #include "pipeline/Balanza.h"
 #include "pipeline/Catalogo.h"
@@ -49,6 +50,8 @@ private:
     const OpcionesEjecucion& op_;
     ProgresoMudo mudo_;
     std::string paso_;
+    // The one writer of the run's stores, from the first reader to the last.
+    std::unique_ptr<DestinoTmp> destino_;
 
     Progreso& barra() { return *s_.progreso; }
 
@@ -117,7 +120,7 @@ void Corrida::comparaMes(int mes) {
 
 void Corrida::leePolizas(const ArchivosImportacion& a) {
     if (imp_.tipo() == TipoImportacion::ArchivoUnico) {
-        paso("ImportaPolizas", [&] { imp_.ImportaPolizas(s_, a); });
+        paso("ImportaPolizas", [&] { imp_.ImportaPolizas(s_, *destino_, a); });
         s_.UltimoMesNuevo = static_cast<std::int16_t>(MesesConPolizasTmp(*s_.DbEmpresa));
         paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
         for (int mes = 1; mes <= s_.UltimoMesNuevo; ++mes) comparaMes(mes);
@@ -127,7 +130,7 @@ void Corrida::leePolizas(const ArchivosImportacion& a) {
         const std::string& ruta = a.meses[static_cast<size_t>(mes - 1)];
         if (ruta.empty()) continue;
         barra().visible(true);
-        paso("ImportaPolizasMes " + DosDigitos(mes), [&] { imp_.ImportaPolizasMes(s_, mes, ruta); });
+        paso("ImportaPolizasMes " + DosDigitos(mes), [&] { imp_.ImportaPolizasMes(s_, *destino_, mes, ruta); });
         comparaMes(mes);
         GuardaAjuste(kAplicacionPropia, kSeccionConfiguracion, "VerPolizas", std::to_string(mes));
     }
@@ -142,10 +145,11 @@ void Corrida::leeFuentes(const ArchivosImportacion& a) {
         s_.EtapaSaldos = "AÑO ANTERIOR FINAL";
         CreaCuentasTmp(s_);
         AbreCuentasTmp(s_);
+        destino_ = std::make_unique<DestinoTmp>(s_, imp_.reglasDestino());
         barra().visible(true);
-        paso("ImportaCatalogo", [&] { imp_.ImportaCatalogo(s_, a); });
+        paso("ImportaCatalogo", [&] { imp_.ImportaCatalogo(s_, *destino_, a); });
         if (imp_.saldosInicialesAparte() && !a.saldosIniciales.empty())
-            paso("ImportaSaldosIniciales", [&] { imp_.ImportaSaldosIniciales(s_, a); });
+            paso("ImportaSaldosIniciales", [&] { imp_.ImportaSaldosIniciales(s_, *destino_, a); });
         paso("ComparaCatalogo", [&] { ComparaCatalogo(s_, barra()); });
         paso("RegistraCuentasNuevas", [&] { RegistraCuentasNuevas(s_, barra()); });
         abrePolizasTmp();
@@ -330,8 +334,9 @@ ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
     leeOTermina([&] {
         CreaCuentasTmp(s_);
         AbreCuentasTmp(s_);
+        destino_ = std::make_unique<DestinoTmp>(s_, imp_.reglasDestino());
         barra().visible(true);
-        paso("ImportaSaldosAnioAnterior", [&] { imp_.ImportaSaldosAnioAnterior(s_, ruta); });
+        paso("ImportaSaldosAnioAnterior", [&] { imp_.ImportaSaldosAnioAnterior(s_, *destino_, ruta); });
     });
     if (!decideContinuar()) {
         cierraAlmacenes();

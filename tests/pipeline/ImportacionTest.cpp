@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "layouts/ImportadorTextoDelimitado.h"
+#include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "pipeline/Importacion.h"
 #include "pipeline/ReportesDecisiones.h"
 #include "session/Inicio.h"

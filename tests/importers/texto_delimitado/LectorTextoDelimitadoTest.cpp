@@ -3,7 +3,9 @@
 #include <fstream>
 #include <memory>
 
-#include "layouts/TextoDelimitado.h"
+#include "importers/Limpieza.h"
+#include "importers/texto_delimitado/LectorTextoDelimitado.h"
+#include "platform/fuentes/FuenteTexto.h"
 #include "platform/ErrorLectura.h"
 #include "session/Funciones.h"
 #include "store/AlmacenesTemporales.h"
@@ -55,6 +57,16 @@ protected:
         CreaPolizasTmp(s);
         CreaPolizasDetalleTmp(s);
         ASSERT_TRUE(AbrePolizasTmp(s));
+        destino = std::make_unique<DestinoTmp>(s, ReglasTextoDelimitado());
+    }
+
+    // The run's writer; a case that empties the stores starts a new one.
+    std::unique_ptr<DestinoTmp> destino;
+    DestinoTmp& Destino() { return *destino; }
+    void VaciaPolizas() {
+        s.DbEmpresa->ejecutaScript(
+            "DELETE FROM Polizas_Tmp.Polizas_Tmp; DELETE FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp");
+        destino = std::make_unique<DestinoTmp>(s, ReglasTextoDelimitado());
     }
 
     std::string Archivo(const std::string& nombre, const std::string& contenido) {
@@ -124,23 +136,23 @@ TEST_F(LecturaTexto, CatalogoLineaPorLinea) {
     };
     for (auto& c : casos) {
         s.DbEmpresa->ejecuta("DELETE FROM CuentasTmp.Cuentas");
-        ImportaCatalogoTexto(s, Archivo("cat.txt", c.contenido), Lectura(c.titulos), false);
+        ImportaCatalogoTexto(s, Destino(), Archivo("cat.txt", c.contenido), Lectura(c.titulos), false);
         EXPECT_EQ(Cuentas(), c.cuentas) << c.nombre;
     }
     EXPECT_TRUE(ui.mensajes.empty());
 
     // With a file of opening balances the catalogue's column is not read.
     s.DbEmpresa->ejecuta("DELETE FROM CuentasTmp.Cuentas");
-    ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja|10\n"), Lectura(), true);
+    ImportaCatalogoTexto(s, Destino(), Archivo("cat.txt", "1000000|1|Caja|10\n"), Lectura(), true);
     EXPECT_EQ(Cuentas(), std::vector<std::string>{"100|1|Caja|"});
     EXPECT_EQ(progreso.maximoVisto, 1);
 
-    ImportaCatalogoTexto(s, carpeta.texto() + "no-esta.txt", Lectura(), false);
+    ImportaCatalogoTexto(s, Destino(), carpeta.texto() + "no-esta.txt", Lectura(), false);
     EXPECT_EQ(Textos(), std::vector<std::string>{"No se pudo encontrar el archivo " + carpeta.texto() + "no-esta.txt\r"});
 }
 
 TEST_F(LecturaTexto, ImporteYDireccionDeCadaPartida) {
-    ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), false);
+    ImportaCatalogoTexto(s, Destino(), Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), false);
     struct Caso {
         const char* nombre;
         bool indicador;
@@ -161,10 +173,10 @@ TEST_F(LecturaTexto, ImporteYDireccionDeCadaPartida) {
          {"D|-300000", "D|-300000", "D|-20000"}},
     };
     for (auto& c : casos) {
-        s.DbEmpresa->ejecutaScript("DELETE FROM Polizas_Tmp.Polizas_Tmp; DELETE FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp");
+        VaciaPolizas();
         LecturaDelimitada l = Lectura();
         if (!c.indicador) l.config.PIniTipoMov = 0, l.config.PIniImporte = 0, l.config.PIniCargo = 7, l.config.PIniAbono = 8;
-        ImportaPolizasTexto(s, Archivo("pol.txt", c.contenido), l);
+        ImportaPolizasTexto(s, Destino(), Archivo("pol.txt", c.contenido), l);
         std::vector<std::string> movimientos;
         for (auto& f : Filas("SELECT TipoMov, Importe FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp ORDER BY rowid"))
             movimientos.push_back(f);
@@ -174,9 +186,9 @@ TEST_F(LecturaTexto, ImporteYDireccionDeCadaPartida) {
 }
 
 TEST_F(LecturaTexto, PolizasAgrupadasPorNumeroTipoYFechaEntreArchivos) {
-    ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja\n1000100|2|Caja chica\n"), Lectura(), false);
+    ImportaCatalogoTexto(s, Destino(), Archivo("cat.txt", "1000000|1|Caja\n1000100|2|Caja chica\n"), Lectura(), false);
     LecturaDelimitada l = Lectura(true);
-    ImportaPolizasTexto(s, Archivo("ene.txt",
+    ImportaPolizasTexto(s, Destino(), Archivo("ene.txt",
                                    "Num|Cta|Fecha|Tipo|x|Concepto|Ind|Importe|Ref\n"
                                    "7|1000000|31/01/2024|Dr||Primera|1|10|r1\n"
                                    "8|1000100|31/01/2024|Dr||Otra|1|5|\n"
@@ -184,7 +196,7 @@ TEST_F(LecturaTexto, PolizasAgrupadasPorNumeroTipoYFechaEntreArchivos) {
                                    "9|1000000||Dr||Sin fecha|1|5|\n"
                                    "7|1000100|31/01/2024|Dr||Se pierde|2|10|r'2\n"),
                         l);
-    ImportaPolizasTexto(s, Archivo("feb.txt",
+    ImportaPolizasTexto(s, Destino(), Archivo("feb.txt",
                                    "Num|Cta|Fecha|Tipo|x|Concepto|Ind|Importe|Ref\n"
                                    "7|1000000|31/01/2024|Dr||Febrero|2|3|\n"
                                    "7|1000000|01/02/2024|Dr||Otra fecha|1|3|\n"),
@@ -197,17 +209,15 @@ TEST_F(LecturaTexto, PolizasAgrupadasPorNumeroTipoYFechaEntreArchivos) {
               std::vector<std::string>{"Primera"});
     EXPECT_EQ(Filas("SELECT Referencia FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp WHERE Partida = 2"),
               std::vector<std::string>{"r2"});
-    EXPECT_EQ(BuscaPolizaTmp(s, "7", "Dr", Fecha(2024, 1, 31)), 1);
-    EXPECT_EQ(BuscaPolizaTmp(s, "7", "Ig", Fecha(2024, 1, 31)), 0);
-    EXPECT_EQ(UltimaPartidaTmp(s, 1), 3);
-    EXPECT_EQ(UltimaPartidaTmp(s, 99), 0);
+    EXPECT_EQ(Destino().polizasEscritas(), 3);
+    EXPECT_EQ(Destino().partidasEscritas(), 5);
     EXPECT_TRUE(ui.mensajes.empty());
 
     // A date in day, month and year columns; a type longer than ten characters
     // is stored cut and so never found again.
     l.Titulos = false;
     l.config.PIniDia = 3, l.config.PIniMes = 10, l.config.PIniAnio = 11;
-    ImportaPolizasTexto(s, Archivo("mar.txt",
+    ImportaPolizasTexto(s, Destino(), Archivo("mar.txt",
                                    "20|1000000|5|Tipo largo 12||c|1|1||3|2024\n20|1000000|5|Tipo largo 12||c|1|1||3|2024\n"
                                    "21|1000000|5|Dr||c|1|1||3|\n"),
                         l);
@@ -217,8 +227,8 @@ TEST_F(LecturaTexto, PolizasAgrupadasPorNumeroTipoYFechaEntreArchivos) {
 }
 
 TEST_F(LecturaTexto, CuentaDesconocidaSeRegistraUnaSolaVez) {
-    ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), false);
-    ImportaPolizasTexto(s,
+    ImportaCatalogoTexto(s, Destino(), Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), false);
+    ImportaPolizasTexto(s, Destino(),
                         Archivo("pol.txt", "1|9990000|02/01/2024|Dr||c|1|100|\n2|999|03/01/2024|Dr||c|2|5|\n"
                                            "3|1000000|03/01/2024|Dr||c|2|5|\n"),
                         Lectura());
@@ -230,18 +240,18 @@ TEST_F(LecturaTexto, CuentaDesconocidaSeRegistraUnaSolaVez) {
 }
 
 TEST_F(LecturaTexto, SaldosInicialesConservanLasComillas) {
-    ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja\n1000100|2|Chica\n1000200|2|Otra\n"), Lectura(), true);
-    ImportaSaldosInicialesTexto(s, Archivo("si.txt", "1000000||Caja|1,500.25\n100-02-00||Otra|\n5550000||Nada|x\n"),
+    ImportaCatalogoTexto(s, Destino(), Archivo("cat.txt", "1000000|1|Caja\n1000100|2|Chica\n1000200|2|Otra\n"), Lectura(), true);
+    ImportaSaldosInicialesTexto(s, Destino(), Archivo("si.txt", "1000000||Caja|1,500.25\n100-02-00||Otra|\n5550000||Nada|x\n"),
                                 Lectura());
     EXPECT_EQ(Cuentas(), (std::vector<std::string>{"100|1|Caja|15002500", "10001|2|Chica|", "10002|2|Otra|0"}));
 
-    ImportaSaldosInicialesTexto(s, Archivo("vacio.txt", ""), Lectura());
+    ImportaSaldosInicialesTexto(s, Destino(), Archivo("vacio.txt", ""), Lectura());
     EXPECT_EQ(Textos(), std::vector<std::string>{"El archivo de Saldos Iniciales está vacío.\r"});
 }
 
 TEST_F(LecturaTexto, SaldosDelAnioAnterior) {
     s.DbEmpresa->ejecuta("INSERT INTO Cuentas (Cuenta, Descripcion) VALUES ('100', 'Caja')");
-    ImportaSaldosAnioAntTexto(s, Archivo("saa.txt", "1000000||Caja'||||100\n2000000||Proveedores||||-50\n"),
+    ImportaSaldosAnioAntTexto(s, Destino(), Archivo("saa.txt", "1000000||Caja'||||100\n2000000||Proveedores||||-50\n"),
                               Lectura());
     EXPECT_EQ(Filas("SELECT Cuenta, Nivel, Descripcion, SaldoFinAnioAnt FROM CuentasTmp.Cuentas"),
               (std::vector<std::string>{"100|1|Caja|1000000", "200|1|Proveedores|-500000"}));
@@ -249,14 +259,14 @@ TEST_F(LecturaTexto, SaldosDelAnioAnterior) {
               std::vector<std::string>{"La Cuenta 100 no existe, contiene el saldo final del año anterior y será "
                                        "agregará al catalogo actual|O|100"});
     EXPECT_EQ(progreso.etiquetas.back(), "Verificando Saldos Finales año anterior ...");
-    ImportaSaldosAnioAntTexto(s, Archivo("vacio.txt", ""), Lectura());
+    ImportaSaldosAnioAntTexto(s, Destino(), Archivo("vacio.txt", ""), Lectura());
     EXPECT_EQ(Textos().back(), "El archivo está vacío: " + carpeta.texto() + "vacio.txt\r");
 }
 
 // A file that cannot be read ends the reader with the file and line named,
 // the reader's rows rolled back, and nothing of the company database changed.
 TEST_F(LecturaTexto, ArchivoMalFormadoNoDejaNadaEscrito) {
-    ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), true);
+    ImportaCatalogoTexto(s, Destino(), Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), true);
     struct Caso {
         const char* nombre;
         int lector;  // 0 vouchers, 1 opening balances, 2 prior year
@@ -278,9 +288,9 @@ TEST_F(LecturaTexto, ArchivoMalFormadoNoDejaNadaEscrito) {
         std::string ruta = Archivo("malo.txt", c.contenido);
         LecturaDelimitada l = Lectura();
         try {
-            if (c.lector == 0) ImportaPolizasTexto(s, ruta, l);
-            if (c.lector == 1) ImportaSaldosInicialesTexto(s, ruta, l);
-            if (c.lector == 2) ImportaSaldosAnioAntTexto(s, ruta, l);
+            if (c.lector == 0) ImportaPolizasTexto(s, Destino(), ruta, l);
+            if (c.lector == 1) ImportaSaldosInicialesTexto(s, Destino(), ruta, l);
+            if (c.lector == 2) ImportaSaldosAnioAntTexto(s, Destino(), ruta, l);
             ADD_FAILURE() << c.nombre << ": no falló";
         } catch (const ErrorLectura& e) {
             EXPECT_EQ(e.archivo(), ruta) << c.nombre;
@@ -333,10 +343,11 @@ TEST_F(LecturaTexto, DivisionYCampos) {
         {"a\tb", "\t", {"a", "b"}},
     };
     for (auto& c : casos) EXPECT_EQ(DivideLinea(c.linea, c.separador), c.partes) << c.linea;
-    std::vector<std::string> partes{" a ", "b"};
-    EXPECT_EQ(CampoColumna(partes, 1), "a");
-    EXPECT_EQ(CampoColumna(partes, 0), "");
-    EXPECT_EQ(CampoColumna(partes, 3), "");
+    Fila fila;
+    fila.celdas = {Celda::texto(" a "), Celda::texto("b")};
+    EXPECT_EQ(fila.campo(1), "a");
+    EXPECT_EQ(fila.campo(0), "");
+    EXPECT_EQ(fila.campo(3), "");
     EXPECT_EQ(LimpiaImporte("", "0.00"), "0.00");
     EXPECT_EQ(LimpiaImporte("MXN-5", "0"), "-5");
     EXPECT_EQ(LimpiaImporte("5-", "0"), "-");

@@ -1,0 +1,166 @@
+#include "importers/DestinoTmp.h"
+
+#include <stdexcept>
+
+#include "importers/Limpieza.h"
+#include "pipeline/Inconsistencias.h"
+#include "pipeline/Polizas.h"
+#include "session/Funciones.h"
+#include "store/AlmacenesTemporales.h"
+
+namespace velmorant {
+
+namespace {
+
+BaseDatos& Almacen(BaseDatos* db, const char* nombre) {
+    if (!db) throw std::logic_error(std::string("El almacén temporal ") + nombre + " no está abierto");
+    return *db;
+}
+
+// Text keys compare as the stores' columns do: without case, ASCII only.
+std::string Pliega(const std::string& t) {
+    std::string r = t;
+    for (char& c : r)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return r;
+}
+
+std::string Corta(const std::string& t, size_t largo) { return largo == 0 ? t : Izquierda(t, largo); }
+
+}  // namespace
+
+DestinoTmp::DestinoTmp(Sesion& s, ReglasDestino reglas) : s_(s), reglas_(reglas) {}
+
+// ------------------------------------------------------------ Chart
+
+void DestinoTmp::agregaCuenta(const CuentaLeida& c) {
+    if (c.CuentaSinSeparadores.empty()) return;
+    BaseDatos& db = Almacen(s_.DbCuentasTmp, kCuentasTmp);
+    // A field the source does not give stays unset, so that it takes the
+    // store's default; the statement for each set of fields is kept.
+    std::string columnas = "Cuenta, CuentaSinSeparadores, Descripcion";
+    std::vector<Valor> valores{c.Cuenta, c.CuentaSinSeparadores,
+                               Corta(QuitaCaracteresEspeciales(c.Descripcion), reglas_.largoDescripcion)};
+    auto agrega = [&](const char* columna, Valor v) {
+        columnas += std::string(", ") + columna;
+        valores.push_back(std::move(v));
+    };
+    if (c.Saldo) agrega("Saldo", *c.Saldo);
+    if (c.CuentaAcumulativa) agrega("CuentaAcumulativa", *c.CuentaAcumulativa);
+    if (c.Nivel) agrega("Nivel", *c.Nivel);
+    if (c.Naturaleza) agrega("Naturaleza", *c.Naturaleza);
+    if (c.Tipo) agrega("Tipo", *c.Tipo);
+    std::string marcas = "?";
+    for (size_t i = 1; i < valores.size(); ++i) marcas += ", ?";
+    Sentencia& st = db.preparada("INSERT INTO CuentasTmp.Cuentas (" + columnas + ") VALUES (" + marcas + ")");
+    st.reinicia();
+    for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
+    st.ejecuta();
+    if (cuentasCargadas_) cuentasTmp_.insert(Pliega(c.CuentaSinSeparadores));
+}
+
+bool DestinoTmp::tieneCuentaTmp(const std::string& cuenta) {
+    return !Almacen(s_.DbCuentasTmp, kCuentasTmp)
+                .escalar("SELECT 1 FROM CuentasTmp.Cuentas WHERE Cuenta = ? LIMIT 1", cuenta)
+                .esNulo();
+}
+
+bool DestinoTmp::asignaSaldoInicial(const std::string& cuenta, Moneda saldo) {
+    BaseDatos& db = Almacen(s_.DbCuentasTmp, kCuentasTmp);
+    Valor fila = db.escalar("SELECT rowid FROM CuentasTmp.Cuentas WHERE Cuenta = ? LIMIT 1", cuenta);
+    if (fila.esNulo()) return false;
+    db.ejecuta("UPDATE CuentasTmp.Cuentas SET Saldo = ? WHERE rowid = ?", saldo, fila.entero());
+    return true;
+}
+
+void DestinoTmp::agregaSaldoAnioAnterior(const SaldoAnioAnteriorLeido& r) {
+    Almacen(s_.DbCuentasTmp, kCuentasTmp)
+        .preparada("INSERT INTO CuentasTmp.Cuentas (Cuenta, CuentaSinSeparadores, Descripcion, Nivel, "
+                   "SaldoFinAnioAnt) VALUES (?, ?, ?, ?, ?)")
+        .con(r.Cuenta, r.CuentaSinSeparadores, QuitaCaracteresEspeciales(r.Descripcion), r.Nivel, r.SaldoFinAnioAnt)
+        .ejecuta();
+}
+
+bool DestinoTmp::cuentaEnEmpresa(const std::string& cuenta) {
+    if (!s_.DbEmpresa) throw std::logic_error("La base de la empresa no está abierta");
+    return !s_.DbEmpresa->escalar("SELECT 1 FROM main.Cuentas WHERE Cuenta = ? LIMIT 1", cuenta).esNulo();
+}
+
+// ------------------------------------------------------------ Vouchers
+
+long DestinoTmp::siguienteIdPoliza() {
+    if (reglas_.contadorIdPoliza) return ++*reglas_.contadorIdPoliza;
+    if (siguienteId_ == 0) siguienteId_ = SiguienteIdPoliza(s_);
+    return siguienteId_++;
+}
+
+long DestinoTmp::escribePoliza(const PolizaLeida& p) {
+    BaseDatos& db = Almacen(s_.DbPolizasTmp, kPolizasTmp);
+    Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp);
+    long id = siguienteIdPoliza();
+    db.preparada("INSERT INTO Polizas_Tmp.Polizas_Tmp (IdPoliza, Poliza, Tipo, Fecha, Concepto, "
+                 "Poliza_Deshabilitada, Poliza_Mes13, Poliza_Ajuste, Cuadrada, Revisado) "
+                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?, 0, 0)")
+        .con(id, p.Poliza, Corta(p.Tipo, reglas_.largoTipo), p.Fecha,
+             Izquierda(QuitaCaracteresEspeciales(p.Concepto), 255), p.Deshabilitada, p.Mes13, p.Ajuste)
+        .ejecuta();
+    polizas_[id] = PolizaEscrita{p.Poliza, p.Tipo, p.Fecha, 0};
+    return id;
+}
+
+long DestinoTmp::poliza(const PolizaLeida& p) {
+    // The key holds the type as the store keeps it. A search by a whole type
+    // longer than that never matches a stored voucher, as a search of the
+    // store by that type would not.
+    const std::string tipo = Corta(p.Tipo, reglas_.largoTipo);
+    const bool buscable = !reglas_.agrupaConTipoCompleto || tipo.size() == p.Tipo.size();
+    std::string clave = Pliega(p.Poliza) + '\x1f' + Pliega(tipo) + '\x1f' + p.Fecha.iso() + (p.Mes13 ? "\x1f" "13" : "");
+    if (buscable) {
+        auto it = porIdentidad_.find(clave);
+        if (it != porIdentidad_.end()) return it->second;
+    }
+    long id = escribePoliza(p);
+    porIdentidad_.emplace(std::move(clave), id);
+    return id;
+}
+
+long DestinoTmp::nuevaPoliza(const PolizaLeida& p) { return escribePoliza(p); }
+
+void DestinoTmp::agregaPartida(long idPoliza, const PartidaLeida& l) {
+    if (l.Cuenta.empty()) return;
+    auto it = polizas_.find(idPoliza);
+    if (it == polizas_.end()) throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
+    PolizaEscrita& p = it->second;
+    Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp)
+        .preparada("INSERT INTO Polizas_Detalle_Tmp.Polizas_Detalle_Tmp "
+                   "(IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?, ?, ?, ?, ?, ?)")
+        .con(idPoliza, l.Cuenta, l.TipoMov, l.Importe, QuitaCaracteresEspeciales(l.Referencia), ++p.ultimaPartida)
+        .ejecuta();
+    ++partidas_;
+    if (!cuentaConocida(l.Cuenta)) registraCuentaInexistente(p, l);
+}
+
+bool DestinoTmp::cuentaConocida(const std::string& cuenta) {
+    if (!cuentasCargadas_) {
+        Sentencia& st = Almacen(s_.DbCuentasTmp, kCuentasTmp)
+                            .preparada("SELECT CuentaSinSeparadores FROM CuentasTmp.Cuentas");
+        st.reinicia();
+        while (st.paso()) cuentasTmp_.insert(Pliega(st.columna(0).texto()));
+        st.reinicia();
+        cuentasCargadas_ = true;
+    }
+    return cuentasTmp_.count(Pliega(cuenta)) > 0;
+}
+
+void DestinoTmp::registraCuentaInexistente(const PolizaEscrita& p, const PartidaLeida& l) {
+    // The log is asked once per account: an account dropped from the chart
+    // may already be there from the chart's comparison.
+    if (!cuentasEnBitacora_.insert(Pliega(l.Cuenta)).second) return;
+    if (ExisteInconsistenciaCuenta(s_, l.Cuenta)) return;
+    RegistraInconsistencia(s_,
+                           "No se registró  el movimiento " + l.TipoMov + " ," + l.Importe.formatoMoneda() +
+                               " de la Póliza, ya que la Cuenta no existe.",
+                           kFuentePolizas, "O", p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
+}
+
+}  // namespace velmorant

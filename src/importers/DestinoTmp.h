@@ -1,0 +1,157 @@
+#pragma once
+// The one writer of a run's temporary stores. Readers hand it typed records
+// (an account, an opening balance, a voucher head, a voucher line, a
+// prior-year balance) and it keeps the store rules that every importer
+// shares: where each field goes and how it is cut and filtered, how lines
+// find their voucher, `IdPoliza` and `Partida` numbering, and the
+// inconsistency of a line whose account the imported chart lacks. Where
+// importers differ, the difference is a named rule of ReglasDestino, not a
+// copy of this code.
+//
+// A writer lives for one run: it remembers the vouchers it made (by number,
+// type, date and month-13 flag), the last `Partida` of each, and the accounts
+// of the temporary chart, so no row costs a query of the stores. It needs
+// the stores open (attached to the session's company connection): the chart
+// for accounts and balances, the two voucher stores and the log for vouchers;
+// a closed store throws std::logic_error. Engine errors propagate.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "platform/Fecha.h"
+#include "platform/Moneda.h"
+#include "session/Sesion.h"
+
+namespace velmorant {
+
+/// An account of the client's chart, as its reader cleaned it.
+struct CuentaLeida {
+    std::string Cuenta;                // stored as read (a reader formats it where its source asks)
+    std::string CuentaSinSeparadores;  // the code without separators
+    std::string Descripcion;           // raw; the writer filters and cuts it
+    std::optional<std::string> CuentaAcumulativa;
+    std::optional<int> Nivel;
+    std::optional<std::string> Naturaleza;
+    std::optional<std::string> Tipo;
+    std::optional<Moneda> Saldo;  // nothing: left unset
+};
+
+/// A prior-year closing balance of one account.
+struct SaldoAnioAnteriorLeido {
+    std::string Cuenta;
+    std::string CuentaSinSeparadores;
+    std::string Descripcion;
+    std::optional<int> Nivel;
+    Moneda SaldoFinAnioAnt;
+};
+
+/// A voucher head.
+struct PolizaLeida {
+    std::string Poliza;
+    std::string Tipo;
+    velmorant::Fecha Fecha;
+    std::string Concepto;
+    bool Deshabilitada = false;
+    bool Mes13 = false;
+    bool Ajuste = false;
+};
+
+/// A voucher line.
+struct PartidaLeida {
+    std::string Cuenta;   // without separators
+    std::string TipoMov;  // "D" debit, anything else credit ("H")
+    Moneda Importe;
+    std::string Referencia;  // raw; the writer filters and cuts it
+};
+
+/// Where importers store differently.
+struct ReglasDestino {
+    /// Characters of `Descripcion` kept; 0 keeps it whole.
+    size_t largoDescripcion = 0;
+    /// Characters of a voucher's `Tipo` kept in the store.
+    size_t largoTipo = 10;
+    /// Lines find their voucher by the whole type, though the store keeps it
+    /// cut: a type longer than `largoTipo` then makes a voucher per line.
+    /// Off, the type is cut before the search, as it is stored.
+    bool agrupaConTipoCompleto = false;
+    /// `IdPoliza` numbers come from this counter of the importer's own,
+    /// which lives as long as its form, instead of following the store.
+    long* contadorIdPoliza = nullptr;
+};
+
+class DestinoTmp {
+public:
+    explicit DestinoTmp(Sesion& s, ReglasDestino reglas = {});
+    DestinoTmp(const DestinoTmp&) = delete;
+    DestinoTmp& operator=(const DestinoTmp&) = delete;
+
+    Sesion& sesion() { return s_; }
+    const ReglasDestino& reglas() const { return reglas_; }
+
+    // ------------------------------------------------------------ Chart
+
+    /// Adds a row to `Cuentas` of `CuentasTmp` (`Descripcion` through
+    /// QuitaCaracteresEspeciales, cut by the rules). A record with an empty
+    /// `CuentaSinSeparadores` adds nothing.
+    void agregaCuenta(const CuentaLeida& c);
+    /// True when the temporary chart has an account whose `Cuenta` is `cuenta`.
+    bool tieneCuentaTmp(const std::string& cuenta);
+    /// Sets `Saldo` of the first temporary account whose `Cuenta` is
+    /// `cuenta`; false, changing nothing, when there is none.
+    bool asignaSaldoInicial(const std::string& cuenta, Moneda saldo);
+    /// Adds a prior-year row: `Cuenta`, `CuentaSinSeparadores`, `Descripcion`
+    /// (filtered, whole), `Nivel`, `SaldoFinAnioAnt`.
+    void agregaSaldoAnioAnterior(const SaldoAnioAnteriorLeido& r);
+    /// True when the company's own chart (`Cuentas`) holds the code.
+    bool cuentaEnEmpresa(const std::string& cuenta);
+
+    // ------------------------------------------------------------ Vouchers
+
+    /// The `IdPoliza` of the voucher with the head's number, type, date and
+    /// month-13 flag, made now (with the head's concept, filtered and cut to
+    /// 255 characters) when the run has none yet. Lines of one voucher need
+    /// not be adjacent, and a voucher may span files.
+    long poliza(const PolizaLeida& p);
+    /// A new voucher, always: for sources whose heads come one per voucher,
+    /// or that group by a change of key in their own order.
+    long nuevaPoliza(const PolizaLeida& p);
+    /// Adds a line to voucher `idPoliza` (made by this writer) with the next
+    /// `Partida` of that voucher. A line on an account that the temporary
+    /// chart lacks, and that the log does not name yet, is logged once
+    /// ("No se registró  el movimiento ...") and still stored: the voucher
+    /// keeps its line, and the run decides later. An empty account adds
+    /// nothing.
+    void agregaPartida(long idPoliza, const PartidaLeida& l);
+
+    /// Vouchers and lines written by this writer.
+    long polizasEscritas() const { return static_cast<long>(polizas_.size()); }
+    long partidasEscritas() const { return partidas_; }
+
+private:
+    struct PolizaEscrita {
+        std::string Poliza, Tipo;
+        velmorant::Fecha Fecha;
+        int ultimaPartida = 0;
+    };
+
+    Sesion& s_;
+    ReglasDestino reglas_;
+    std::unordered_map<long, PolizaEscrita> polizas_;
+    std::unordered_map<std::string, long> porIdentidad_;
+    long siguienteId_ = 0;  // 0: not read from the store yet
+    long partidas_ = 0;
+    bool cuentasCargadas_ = false;
+    std::unordered_set<std::string> cuentasTmp_;       // CuentaSinSeparadores, folded
+    std::unordered_set<std::string> cuentasEnBitacora_;  // accounts the log already names, folded
+
+    long siguienteIdPoliza();
+    long escribePoliza(const PolizaLeida& p);
+    bool cuentaConocida(const std::string& cuenta);
+    void registraCuentaInexistente(const PolizaEscrita& p, const PartidaLeida& l);
+};
+
+}  // namespace velmorant

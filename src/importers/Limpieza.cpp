@@ -1,0 +1,94 @@
+#include "importers/Limpieza.h"
+
+#include "accounts/CodigosCuenta.h"
+#include "platform/Numeros.h"
+#include "session/Funciones.h"
+
+namespace velmorant {
+
+std::string LimpiaCuenta(Sesion& s, std::string t, OrdenLimpieza orden, bool quitaTabuladores) {
+    if (quitaTabuladores) t = QuitaCaracter(t, "\t");
+    t = QuitaCaracter(t, " ");
+    if (t.empty()) return t;
+    const std::string& sep = s.SeparadorEmpresa;
+    auto quitaSeparador = [&] {
+        if (!sep.empty() && t.find(sep) != std::string::npos) t = QuitaCaracter(t, sep);
+    };
+    switch (orden) {
+        case OrdenLimpieza::SeparadorYRelleno:
+            quitaSeparador();
+            if (EsTextoNumerico(t)) t = RellenaCuenta(s, t);
+            return t;
+        case OrdenLimpieza::RellenoYSeparador:
+            if (EsTextoNumerico(t)) t = RellenaCuenta(s, t);
+            quitaSeparador();
+            return QuitaCaracter(t, " ");
+        case OrdenLimpieza::RellenoSiempre:
+            t = RellenaCuenta(s, t);
+            quitaSeparador();
+            return t;
+    }
+    return t;
+}
+
+size_t LongitudCompleta(const Sesion& s) {
+    size_t n = 0;
+    for (char c : s.FormatoCtaEmpresa)
+        if (c != '-') ++n;
+    return n;
+}
+
+void ReglaLongitudCompleta(Sesion& s, std::string& cuenta, int& nivel) {
+    if (cuenta.empty() || LongitudCaracteres(cuenta) != LongitudCompleta(s)) return;
+    nivel = CalculaNivelCuenta(s, cuenta, true);
+    cuenta = CuentaHastaNivel(s, cuenta, nivel);
+}
+
+std::string LimpiaImporte(const std::string& texto, const std::string& vacio) {
+    if (texto.empty()) return vacio;
+    if (!EsNumerico(texto)) {
+        size_t menos = texto.find('-');
+        if (menos != std::string::npos) return texto.substr(menos);
+    }
+    return texto;
+}
+
+std::optional<Moneda> ConvierteImporte(const std::string& t) {
+    if (!EsNumerico(t)) return std::nullopt;
+    auto m = Moneda::desdeTexto(t);
+    if (!m) throw FalloFila("Desbordamiento: el importe " + t + " excede el rango de la moneda");
+    return m;
+}
+
+Moneda ImporteRequerido(const std::string& t) {
+    auto m = ConvierteImporte(t);
+    if (!m) throw FalloFila("No coinciden los tipos: el importe " + t + " no es numérico");
+    return *m;
+}
+
+int ValEntero(const std::string& t) {
+    size_t i = t.find_first_not_of(" \t");
+    if (i == std::string::npos) return 0;
+    bool negativo = false;
+    if (t[i] == '-' || t[i] == '+') negativo = t[i++] == '-';
+    long v = 0;
+    for (; i < t.size() && t[i] >= '0' && t[i] <= '9' && v < 100000; ++i) v = v * 10 + (t[i] - '0');
+    return static_cast<int>(negativo ? -v : v);
+}
+
+size_t LongitudCaracteres(const std::string& t) {
+    size_t n = 0;
+    for (unsigned char c : t)
+        if ((c & 0xC0) != 0x80) ++n;
+    return n;
+}
+
+std::string Izquierda(const std::string& t, size_t caracteres) {
+    size_t n = 0;
+    for (size_t i = 0; i < t.size(); ++i) {
+        if ((static_cast<unsigned char>(t[i]) & 0xC0) != 0x80 && n++ == caracteres) return t.substr(0, i);
+    }
+    return t;
+}
+
+}  // namespace velmorant

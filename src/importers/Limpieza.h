@@ -1,0 +1,63 @@
+#pragma once
+// How readers clean what a source gives them before it becomes a record:
+// account codes (blanks, the company's separator, zero padding, the
+// full-length rule) and amounts (the empty text, a sign after a currency
+// mark, the range of Currency). The rules are the same for every importer;
+// where importers apply them in another order, the order is a named option.
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "platform/Moneda.h"
+#include "session/Sesion.h"
+
+namespace velmorant {
+
+/// A fault of one row of a source: its cause, in Spanish, for the messages
+/// of the row loop (importers/Recorrido.h), which add the file and line.
+class FalloFila : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The order in which an account code is cleaned.
+enum class OrdenLimpieza {
+    SeparadorYRelleno,  // separator out, then RellenaCuenta on a numeric code (chart readers)
+    RellenoYSeparador,  // RellenaCuenta on a numeric code, then separator out (voucher lines)
+    RellenoSiempre,     // RellenaCuenta on any non-empty code, then separator out (workbooks)
+};
+
+/// Removes spaces (and tabs, with `quitaTabuladores`) and cleans the code in
+/// the given order. An empty code stays empty, so that its row adds nothing.
+std::string LimpiaCuenta(Sesion& s, std::string texto, OrdenLimpieza orden, bool quitaTabuladores);
+
+/// Characters of a whole code: the company's account format without its "-".
+size_t LongitudCompleta(const Sesion& s);
+
+/// A code as long as a whole code is cut to the levels it uses
+/// (CalculaNivelCuenta, CuentaHastaNivel), and `nivel` becomes that count.
+/// Any other code is left alone.
+void ReglaLongitudCompleta(Sesion& s, std::string& cuenta, int& nivel);
+
+/// Amount text as every reader cleans it: empty gives `vacio`; a text that
+/// is not numeric and holds a "-" is cut to start at it.
+std::string LimpiaImporte(const std::string& texto, const std::string& vacio);
+
+/// The Currency value of a cleaned amount; nothing when the text is not
+/// numeric. A numeric text beyond Currency's range throws FalloFila.
+std::optional<Moneda> ConvierteImporte(const std::string& texto);
+
+/// As ConvierteImporte, but a text that is not numeric throws FalloFila.
+Moneda ImporteRequerido(const std::string& texto);
+
+/// The leading whole number of a text, 0 when it has none.
+int ValEntero(const std::string& texto);
+
+/// Characters (not bytes) of a UTF-8 text.
+size_t LongitudCaracteres(const std::string& texto);
+
+/// The first `caracteres` characters of a UTF-8 text.
+std::string Izquierda(const std::string& texto, size_t caracteres);
+
+}  // namespace velmorant

@@ -1,0 +1,43 @@
+#pragma once
+// Link 82: the delimited-text importer, as the run engine sees it. Its
+// readers are those of LectorTextoDelimitado.h; this adds the files it asks
+// for, their messages, and the layout chosen for the run.
+
+#include <string>
+
+#include "importers/Descriptor.h"
+#include "importers/texto_delimitado/LectorTextoDelimitado.h"
+
+namespace velmorant {
+
+class ImportadorTextoDelimitado : public Importador {
+public:
+    /// `unArchivo`: one voucher file holds the whole year ("Un solo archivo").
+    ImportadorTextoDelimitado(LecturaDelimitada lectura, bool unArchivo)
+        : lectura_(std::move(lectura)), unArchivo_(unArchivo) {}
+
+    int idSistema() const override { return kEnlaceTextoGenerico; }
+    TipoImportacion tipo() const override {
+        return unArchivo_ ? TipoImportacion::ArchivoUnico : TipoImportacion::MesPorMes;
+    }
+    bool saldosInicialesAparte() const override { return true; }
+    ReglasDestino reglasDestino() const override { return ReglasTextoDelimitado(); }
+    bool validaArchivos(Sesion& s, const ArchivosImportacion& a) override;
+
+    void ImportaCatalogo(Sesion& s, DestinoTmp& d, const ArchivosImportacion& a) override;
+    void ImportaSaldosIniciales(Sesion& s, DestinoTmp& d, const ArchivosImportacion& a) override;
+    void ImportaPolizas(Sesion& s, DestinoTmp& d, const ArchivosImportacion& a) override;
+    void ImportaPolizasMes(Sesion& s, DestinoTmp& d, int mes, const std::string& ruta) override;
+    void ImportaSaldosAnioAnterior(Sesion& s, DestinoTmp& d, const std::string& ruta) override;
+
+    const LecturaDelimitada& lectura() const { return lectura_; }
+
+private:
+    LecturaDelimitada lectura_;
+    bool unArchivo_;
+};
+
+/// The descriptor of link 82: its files, pickers, messages and options.
+DescriptorImportador DescriptorTextoDelimitado();
+
+}  // namespace velmorant

@@ -1,0 +1,211 @@
+#include "importers/texto_delimitado/LectorTextoDelimitado.h"
+
+#include "importers/Limpieza.h"
+#include "importers/Recorrido.h"
+#include "pipeline/Inconsistencias.h"
+#include "platform/ErrorLectura.h"
+#include "platform/Numeros.h"
+#include "platform/Texto.h"
+#include "platform/fuentes/FuenteTexto.h"
+#include "session/Funciones.h"
+
+namespace velmorant {
+
+namespace {
+
+// A column read without any bound check: outside the parts it is a fault.
+std::string CampoEstricto(const Fila& fila, int columna) {
+    if (columna < 1 || static_cast<size_t>(columna) > fila.celdas.size())
+        throw FalloFila("El subíndice está fuera del intervalo: la línea no tiene la columna " +
+                        std::to_string(columna));
+    return fila.campo(columna);
+}
+
+// A balance file that is not there: the reader cannot go on.
+void ExisteOFalla(Sesion& s, const std::string& ruta) {
+    if (ExisteArchivo(ruta)) return;
+    const std::string mensaje = "No se pudo encontrar el archivo " + ruta;
+    MsgCritico(s, mensaje);
+    throw ErrorLectura(mensaje, ruta, 0);
+}
+
+// The amount and direction of a voucher line. They live across the lines of
+// a file: a line whose amounts cannot be read keeps those of the line before.
+struct Movimiento {
+    std::string TipoMov;
+    Moneda Importe;
+};
+
+void LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
+    if (c.PIniTipoMov != 0) {
+        m.TipoMov.clear();
+        m.Importe = Moneda();
+        std::string indicador = fila.campo(c.PIniTipoMov);
+        if (indicador.empty()) return;
+        if (auto v = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniImporte), "0.00"))) m.Importe = *v;
+        m.TipoMov = indicador == "1" ? "D" : "H";
+        return;
+    }
+    auto debe = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniCargo), "0.00"));
+    if (!debe) return;
+    if (!debe->esCero()) {
+        m.Importe = *debe;
+        m.TipoMov = "D";
+        return;
+    }
+    if (auto haber = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniAbono), "0.00"))) {
+        m.Importe = *haber;
+        if (!haber->esCero()) m.TipoMov = "H";
+    }
+}
+
+// The date text of a line: the whole column, or day "/" month "/" year.
+std::string TextoFecha(const EstructuraDatosTxt& c, const Fila& fila) {
+    if (c.PIniDia < 1 || c.PIniMes < 1 || c.PIniAnio < 1) return fila.campo(c.PIniDia);
+    std::string d = fila.campo(c.PIniDia), m = fila.campo(c.PIniMes), a = fila.campo(c.PIniAnio);
+    if (d.empty() || m.empty() || a.empty()) return "";
+    return d + "/" + m + "/" + a;
+}
+
+void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const Fila& fila, Movimiento& mov) {
+    PolizaLeida p;
+    p.Poliza = fila.campo(c.PIniNumPol);
+    p.Tipo = fila.campo(c.PIniTipo);
+    std::string textoFecha = TextoFecha(c, fila);
+    std::optional<Fecha> fecha;
+    if (!textoFecha.empty()) {
+        fecha = LeeFecha(textoFecha);
+        if (!fecha) throw FalloFila("No coinciden los tipos: la fecha " + textoFecha + " no es válida");
+    }
+    PartidaLeida l;
+    l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoYSeparador, false);
+    l.Referencia = fila.campo(c.PIniRef);
+    p.Concepto = fila.campo(c.PIniConcept);
+    LeeMovimiento(c, fila, mov);
+    if (p.Poliza.empty() || !fecha) return;
+    p.Fecha = *fecha;
+    long id = d.poliza(p);
+    int nivel = 0;
+    ReglaLongitudCompleta(s, l.Cuenta, nivel);
+    l.TipoMov = mov.TipoMov;
+    l.Importe = mov.Importe;
+    d.agregaPartida(id, l);
+}
+
+}  // namespace
+
+ReglasDestino ReglasTextoDelimitado() {
+    ReglasDestino r;
+    r.largoDescripcion = 60;
+    r.largoTipo = 10;
+    r.agrupaConTipoCompleto = true;
+    return r;
+}
+
+// ------------------------------------------------------------ Readers
+
+void ImportaCatalogoTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l,
+                          bool conArchivoSaldosIniciales) {
+    if (!ExisteArchivo(ruta)) {
+        MsgAviso(s, "No se pudo encontrar el archivo " + ruta);
+        return;
+    }
+    FuenteTextoDelimitado fuente(ruta, l.separador, true);
+    const EstructuraDatosTxt& c = l.config;
+    RecorreFilas(s, fuente, {"Importando Catálogo de Cuentas ...", l.Titulos}, [&](const Fila& fila) {
+        CuentaLeida r;
+        std::string cuenta = LimpiaCuenta(s, fila.campo(c.PIniCuenta), OrdenLimpieza::SeparadorYRelleno, true);
+        std::string ctaAcum = fila.campo(c.PIniCtaAcum);
+        int nivel = c.PIniNivel != 0 ? ValEntero(fila.campo(c.PIniNivel)) : 0;
+        if (!conArchivoSaldosIniciales)
+            r.Saldo = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniSdoIni), "0"));
+        ReglaLongitudCompleta(s, cuenta, nivel);
+        int nivelAcum = 0;
+        ReglaLongitudCompleta(s, ctaAcum, nivelAcum);
+        r.Cuenta = r.CuentaSinSeparadores = cuenta;
+        r.Descripcion = fila.campo(c.PIniDescripcion);
+        r.CuentaAcumulativa = ctaAcum;
+        r.Nivel = nivel;
+        r.Naturaleza = fila.campo(c.PIniNaturaleza);
+        d.agregaCuenta(r);
+    });
+}
+
+void ImportaSaldosInicialesTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l) {
+    ExisteOFalla(s, ruta);
+    if (CuentaLineasTexto(ruta) == 0) {
+        MsgAviso(s, "El archivo de Saldos Iniciales está vacío.");
+        return;
+    }
+    // This reader keeps the double quotes.
+    FuenteTextoDelimitado fuente(ruta, l.separador, false);
+    const EstructuraDatosTxt& c = l.config;
+    RecorreFilas(s, fuente, {"Importando Saldos Iniciales ...", l.Titulos}, [&](const Fila& fila) {
+        std::string cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaSdoAnt), OrdenLimpieza::SeparadorYRelleno, true);
+        int nivel = 0;
+        ReglaLongitudCompleta(s, cuenta, nivel);
+        if (!d.tieneCuentaTmp(cuenta)) return;
+        d.asignaSaldoInicial(cuenta, ImporteRequerido(LimpiaImporte(fila.campo(c.PIniSdoIni), "0")));
+    });
+}
+
+void ImportaPolizasTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l,
+                         const std::string& etiqueta) {
+    if (!ExisteArchivo(ruta)) return;
+    FuenteTextoDelimitado fuente(ruta, l.separador, true);
+    Movimiento mov;
+    ReglasRecorrido reglas{etiqueta, l.Titulos};
+    reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
+    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fila, mov); });
+}
+
+void ImportaSaldosAnioAntTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l) {
+    ExisteOFalla(s, ruta);
+    if (CuentaLineasTexto(ruta) == 0) {
+        MsgAviso(s, "El archivo está vacío: " + ruta);
+        return;
+    }
+    FuenteTextoDelimitado fuente(ruta, l.separador, true);
+    const EstructuraDatosTxt& c = l.config;
+    RecorreFilas(s, fuente, {"Verificando Saldos Finales año anterior ...", l.Titulos}, [&](const Fila& fila) {
+        SaldoAnioAnteriorLeido r;
+        std::string cuenta = LimpiaCuenta(s, CampoEstricto(fila, c.PIniCtaSdoAnt), OrdenLimpieza::SeparadorYRelleno, true);
+        r.Descripcion = CampoEstricto(fila, c.PIniDescSdoAnt);
+        r.SaldoFinAnioAnt = ImporteRequerido(LimpiaImporte(CampoEstricto(fila, c.PIniSdoFinAnt), "0"));
+        int nivel = 0;
+        ReglaLongitudCompleta(s, cuenta, nivel);
+        // The sense of this test is the reverse of its name, and stays so.
+        if (d.cuentaEnEmpresa(cuenta))
+            RegistraInconsistencia(s,
+                                   "La Cuenta " + cuenta +
+                                       " no existe, contiene el saldo final del año anterior y será agregará al "
+                                       "catalogo actual",
+                                   kFuenteCatalogo, "O", "", "", std::nullopt, cuenta);
+        r.Cuenta = r.CuentaSinSeparadores = cuenta;
+        r.Nivel = nivel;
+        d.agregaSaldoAnioAnterior(r);
+    });
+}
+
+VistaPrevia VistaPreviaTexto(Sesion& s, const std::string& ruta, const std::string& separador) {
+    VistaPrevia vista;
+    FuenteTextoDelimitado fuente(ruta, separador, false);
+    Fila fila;
+    while (fuente.siguiente(fila)) {
+        if (fila.texto.empty()) continue;
+        if (vista.columnas.empty())
+            for (size_t i = 1; i <= fila.celdas.size(); ++i) vista.columnas.push_back("Columna " + std::to_string(i));
+        vista.filas.emplace_back();
+        if (fila.celdas.size() == vista.columnas.size())
+            for (auto& celda : fila.celdas) vista.filas.back().push_back(Izquierda(celda.comoTexto(), 255));
+        if (fila.celdas.size() == 1) {
+            const std::string mensaje =
+                "El archivo " + ruta + " no se encuentra delimitado por el caracter que indico.";
+            MsgCritico(s, mensaje);
+            throw ErrorLectura(mensaje, ruta, fila.numero);
+        }
+    }
+    return vista;
+}
+
+}  // namespace velmorant
