@@ -16,6 +16,7 @@ PACKAGES=(
   poppler-utils             # pdftotext, to check rendered reports in tests
   qt6-translations-l10n     # Spanish texts of the toolkit's own dialogs (file chooser, printing)
   ccache                    # compiler cache: repeated builds of the same sources are quick
+  sqlite3 time              # the benchmark harness's floor (sqlite3 .import) and peak memory (GNU time)
 )
 
 missing=()
