@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 
 #include "platform/ErrorLectura.h"
@@ -51,6 +52,24 @@ std::string LeeBytes(const std::string& ruta) {
     std::ifstream f(ruta, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(f), {});
 }
+
+/// Points the process's temporary folder ($TMPDIR) elsewhere while it lives.
+class CarpetaTemporalDelProceso {
+public:
+    explicit CarpetaTemporalDelProceso(const fs::path& carpeta) {
+        if (const char* t = std::getenv("TMPDIR")) anterior_ = t;
+        setenv("TMPDIR", carpeta.c_str(), 1);
+    }
+    ~CarpetaTemporalDelProceso() {
+        if (anterior_)
+            setenv("TMPDIR", anterior_->c_str(), 1);
+        else
+            unsetenv("TMPDIR");
+    }
+
+private:
+    std::optional<std::string> anterior_;
+};
 
 std::vector<Fila> Filas(FuenteRegistros& fuente) {
     std::vector<Fila> r;
@@ -261,20 +280,17 @@ TEST(BaseFirebird, ElArchivoDelClienteNoSeToca) {
     auto fecha = fs::last_write_time(ruta);
 
     CarpetaTemporal temporal;
-    std::string tmpAnterior = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "";
-    setenv("TMPDIR", temporal.ruta().c_str(), 1);
-    auto copias = [&] { return std::distance(fs::directory_iterator(temporal.ruta()), fs::directory_iterator()); };
     {
-        BaseFirebird base("  " + ruta + " ");
-        EXPECT_EQ(base.ruta(), ruta);
-        EXPECT_EQ(Filas(*base.consulta("SELECT * FROM AUXILIAR")).size(), 5u);
-        EXPECT_EQ(copias(), 1);
+        CarpetaTemporalDelProceso cambio(temporal.ruta());
+        auto copias = [&] { return std::distance(fs::directory_iterator(temporal.ruta()), fs::directory_iterator()); };
+        {
+            BaseFirebird base("  " + ruta + " ");
+            EXPECT_EQ(base.ruta(), ruta);
+            EXPECT_EQ(Filas(*base.consulta("SELECT * FROM AUXILIAR")).size(), 5u);
+            EXPECT_EQ(copias(), 1);
+        }
+        EXPECT_EQ(copias(), 0) << "la copia temporal queda al cerrar";
     }
-    EXPECT_EQ(copias(), 0) << "la copia temporal queda al cerrar";
-    if (tmpAnterior.empty())
-        unsetenv("TMPDIR");
-    else
-        setenv("TMPDIR", tmpAnterior.c_str(), 1);
 
     EXPECT_TRUE(LeeBytes(ruta) == antes) << "el motor escribió en el archivo del cliente";
     EXPECT_EQ(fs::last_write_time(ruta), fecha);

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringDecoder>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -553,7 +554,7 @@ private:
                 return Celda::texto(texto(c, std::move(bytes)));
             }
             case SQL_VARYING: {
-                auto largo = Lee<unsigned short>(p);
+                unsigned largo = std::min<unsigned>(Lee<unsigned short>(p), c.longitud);
                 return Celda::texto(texto(c, std::string(reinterpret_cast<const char*>(p) + 2, largo)));
             }
             case SQL_BLOB:
