@@ -17,6 +17,10 @@ PACKAGES=(
   qt6-translations-l10n     # Spanish texts of the toolkit's own dialogs (file chooser, printing)
   ccache                    # compiler cache: repeated builds of the same sources are quick
   sqlite3 time              # the benchmark harness's floor (sqlite3 .import) and peak memory (GNU time)
+  firebird-dev              # headers of the Firebird engine's interface (client databases .FDB)
+  libfbclient2              # Firebird client library, loaded when a .FDB is first opened
+  firebird3.0-server-core   # the embedded engine the client library runs in-process (no server)
+  firebird3.0-utils         # isql-fb, to create test databases
 )
 
 missing=()

@@ -45,7 +45,7 @@ std::string Celda::comoTexto() const {
     }
     std::string t = fecha_.ddmmaaaa();
     if (segundos_ == 0) return t;
-    char hora[16];
+    char hora[32];
     std::snprintf(hora, sizeof hora, " %02d:%02d:%02d", segundos_ / 3600, segundos_ / 60 % 60, segundos_ % 60);
     return t + hora;
 }
