@@ -16,6 +16,7 @@ PACKAGES=(
   poppler-utils             # pdftotext, to check rendered reports in tests
   qt6-translations-l10n     # Spanish texts of the toolkit's own dialogs (file chooser, printing)
   ccache                    # compiler cache: repeated builds of the same sources are quick
+  mdbtools-dev              # Access source databases (LGPL library, with glib's headers)
   python3-dbf               # tests write dBase, FoxPro and Visual FoxPro tables with it (/usr/bin/python3 only)
 )
 
