@@ -21,6 +21,8 @@ PACKAGES=(
   libfbclient2              # Firebird client library, loaded when a .FDB is first opened
   firebird3.0-server-core   # the embedded engine the client library runs in-process (no server)
   firebird3.0-utils         # isql-fb, to create test databases
+  mdbtools-dev              # Access source databases (LGPL library, with glib's headers)
+  python3-dbf               # tests write dBase, FoxPro and Visual FoxPro tables with it (/usr/bin/python3 only)
 )
 
 missing=()
