@@ -335,7 +335,7 @@ bool MarcoImportador::FaltaArchivo(const ArchivoDelMarco& archivo) {
 
 bool MarcoImportador::ValidaPolizas() {
     if (!descripcion_.meses) return true;
-    std::array<std::string, 12> rutas = Archivos().meses;
+    std::array<std::string, 13> rutas = Archivos().meses;
     return CompletaSeleccionArchivos(sesion_, rutas);
 }
 

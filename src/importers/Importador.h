@@ -22,7 +22,7 @@ struct ArchivosImportacion {
     std::string catalogo;
     std::string saldosIniciales;
     std::string polizas;                 // ArchivoUnico
-    std::array<std::string, 12> meses;   // MesPorMes, January first
+    std::array<std::string, 13> meses;   // MesPorMes, January first; [12] is month 13
     std::string saldosAnioAnterior;      // the prior-year run
 };
 
@@ -61,7 +61,7 @@ public:
         (void)s;
         (void)a;
     }
-    /// MesPorMes: the vouchers of month `mes` (1..12) from `ruta`.
+    /// MesPorMes: the vouchers of month `mes` (1..13) from `ruta`.
     virtual void ImportaPolizasMes(Sesion& s, int mes, const std::string& ruta) {
         (void)s;
         (void)mes;

@@ -143,7 +143,7 @@ std::array<std::string, 12> AutocompletaMeses(const std::string& rutaEnero, cons
     return meses;
 }
 
-bool CompletaSeleccionArchivos(Sesion& s, const std::array<std::string, 12>& rutas) {
+bool CompletaSeleccionArchivos(Sesion& s, const std::array<std::string, 13>& rutas) {
     if (!s.DbEmpresa) return true;
     int ultimo = MesesConPolizas(*s.DbEmpresa);
     if (ultimo == 0) return true;

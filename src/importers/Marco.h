@@ -87,7 +87,7 @@ std::array<std::string, 12> AutocompletaMeses(const std::string& rutaEnero,
 /// months from the first through the last month that `Polizas` holds must
 /// all have a path, else "Es necesario completar la selección de archivos a
 /// importar" and false.
-bool CompletaSeleccionArchivos(Sesion& s, const std::array<std::string, 12>& rutas);
+bool CompletaSeleccionArchivos(Sesion& s, const std::array<std::string, 13>& rutas);
 
 /// "Enero" ... "Diciembre" of a month 1..12.
 std::string NombreDelMes(int mes);

@@ -166,7 +166,7 @@ TEST_F(MarcoTest, AutocompletaMesesBuscaEnLaCarpetaGuardada) {
 TEST_F(MarcoTest, UnaReimportacionDebeCubrirLosMesesQueYaTieneLaEmpresa) {
     s.DbEmpresa = std::make_unique<BaseDatos>();
     CreaEsquemaEmpresa(*s.DbEmpresa);
-    std::array<std::string, 12> rutas{};
+    std::array<std::string, 13> rutas{};
     EXPECT_TRUE(CompletaSeleccionArchivos(s, rutas));  // a first import
     for (auto fecha : {"2023-02-10", "2023-04-30"})
         s.DbEmpresa->ejecuta("INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha) VALUES (1, '1', 'D', ?)", fecha);
