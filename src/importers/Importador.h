@@ -61,7 +61,7 @@ public:
         (void)s;
         (void)a;
     }
-    /// MesPorMes: the vouchers of month `mes` (1..13) from `ruta`.
+    /// MesPorMes: the vouchers of month `mes` (1..12) from `ruta`.
     virtual void ImportaPolizasMes(Sesion& s, int mes, const std::string& ruta) {
         (void)s;
         (void)mes;
