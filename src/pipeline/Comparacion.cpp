@@ -21,16 +21,18 @@ constexpr size_t kLongitudReferencia = 150;
 
 // Searches by key take the first match in table order (rowid), as a walk of
 // the whole table would find it; the identity index keeps equal keys in
-// rowid order, so the search is one index probe.
+// rowid order, so the search is one index probe. A voucher of months 1 to 12
+// and a closing voucher of month 13 are never partners, even with the same
+// number, type and date: each month's key looks only among its own kind.
 constexpr const char* kBuscaTmpPorFecha =
     "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-    "WHERE Poliza=? AND Tipo=? AND Fecha=? ORDER BY rowid LIMIT 1";
+    "WHERE Poliza=? AND Tipo=? AND Fecha=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY rowid LIMIT 1";
 constexpr const char* kBuscaTmpMes13 =
     "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
     "WHERE Poliza=? AND Tipo=? AND Month(Fecha)=12 AND IFNULL(Poliza_Mes13,0)<>0 ORDER BY rowid LIMIT 1";
 constexpr const char* kBuscaEmpresaPorFecha =
     "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-    "WHERE Poliza=? AND Tipo=? AND Fecha=? ORDER BY rowid LIMIT 1";
+    "WHERE Poliza=? AND Tipo=? AND Fecha=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY rowid LIMIT 1";
 constexpr const char* kBuscaEmpresaMes13 =
     "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
     "WHERE Poliza=? AND Tipo=? AND Month(Fecha)=12 AND IFNULL(Poliza_Mes13,0)<>0 ORDER BY rowid LIMIT 1";
@@ -96,8 +98,9 @@ std::string FechaClave(const Valor& fecha) {
 }
 
 /// The partner of `de` in the other table: in the normal months the number
-/// goes through QuitaCaracteresEspeciales, in month 13 it is taken as it is
-/// and the date is free to move within December.
+/// goes through QuitaCaracteresEspeciales and the partner is no closing
+/// voucher; in month 13 the number is taken as it is, the partner is a
+/// closing voucher, and the date is free to move within December.
 std::optional<Encabezado> BuscaPorClave(BaseDatos& db, bool enTmp, bool mes13, const Encabezado& de) {
     const char* sql = enTmp ? (mes13 ? kBuscaTmpMes13 : kBuscaTmpPorFecha)
                             : (mes13 ? kBuscaEmpresaMes13 : kBuscaEmpresaPorFecha);
@@ -361,13 +364,15 @@ void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
         mes13 ? !db.escalar("SELECT 1 FROM Polizas WHERE IFNULL(Poliza_Mes13,0)<>0 LIMIT 1").esNulo()
               : !db.escalar("SELECT 1 FROM Polizas WHERE Month(Fecha)=? LIMIT 1", NumeroMes(mes)).esNulo();
     if (!habiaPolizas) return;
+    // The company's December counts its closing vouchers (a month it had);
+    // the new closing vouchers wait for the turn of "13", which pairs them.
     std::vector<Encabezado> nuevas =
         mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
                                            "WHERE IFNULL(Poliza_Mes13,0)<>0 AND NOT IFNULL(Revisado,0) "
                                            "ORDER BY IdPoliza, rowid"))
               : LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
                                            "WHERE Month(Fecha)=? AND NOT IFNULL(Revisado,0) "
-                                           "ORDER BY IdPoliza, rowid",
+                                           "AND NOT IFNULL(Poliza_Mes13,0) ORDER BY IdPoliza, rowid",
                                            NumeroMes(mes)));
     if (nuevas.empty()) return;
     Avance avance(s, nuevas.size(), mes);

@@ -180,13 +180,21 @@ TEST(Comparacion, PolizasDadasDeBajaYNuevasPorMes) {
          {{kCabecera, "C", "99", "Dr", "2023-12-31", ""},
           {"Fecha, Anterior -> 31/12/2023 Nueva -> 30/12/2023.", "C", "99", "Dr", "2023-12-31", ""}},
          "S"},
-        // Month 12 walks only the ordinary vouchers, but its search for new
-        // ones takes every December voucher not yet paired.
-        {"las de cierre se ven nuevas en el paso de diciembre",
+        // December's turn leaves the closing vouchers to the turn of "13",
+        // which pairs them: none is new.
+        {"las de cierre no se ven nuevas en el paso de diciembre",
          {diciembre, cierre},
          {diciembre, cierre},
          {"12", "13"},
-         {{"Póliza nueva.", "A", "99", "Dr", "2023-12-31", ""}},
+         {},
+         "SS"},
+        // Same number, type and date in December and in month 13: each pairs
+        // with its own kind, whichever comes first in the table.
+        {"numero repetido en diciembre y en el cierre",
+         {Con(cierre, [](P& p) { p.poliza = "50"; p.tipo = "Eg"; p.fecha = "2023-12-15"; }), diciembre},
+         {Con(cierre, [](P& p) { p.poliza = "50"; p.tipo = "Eg"; p.fecha = "2023-12-15"; }), diciembre},
+         {"12", "13"},
+         {},
          "SS"},
         {"poliza desaparecida y poliza agregada en el mismo mes",
          {kP1, kP2},
