@@ -42,10 +42,30 @@ Acumulados AcumulaEnElCatalogo(const CatalogoConciliacion& catalogo, const Movim
     return r;
 }
 
-Cifras Calculadas(const std::string& cuenta, int mes, const std::unordered_map<std::string, Moneda>& saldosIniciales,
+// The opening balance of each account as the trial balance builds it: a
+// detail account's own, an accumulative account's the sum of the detail
+// accounts below it.
+std::unordered_map<std::string, Moneda> AperturaEnElCatalogo(
+    const CatalogoConciliacion& catalogo, const std::unordered_map<std::string, Moneda>& saldosIniciales) {
+    std::unordered_set<std::string> conHijas;
+    for (const auto& [cuenta, datos] : catalogo.cuentas)
+        if (!datos.padre.empty()) conHijas.insert(datos.padre);
+    std::unordered_map<std::string, Moneda> r;
+    for (const auto& [cuenta, saldo] : saldosIniciales) {
+        if (conHijas.count(cuenta)) continue;
+        std::string c = cuenta;
+        for (size_t pasos = 0; !c.empty() && catalogo.tiene(c) && pasos <= catalogo.orden.size(); ++pasos) {
+            r[c] += saldo;
+            c = catalogo.cuentas.at(c).padre;
+        }
+    }
+    return r;
+}
+
+Cifras Calculadas(const std::string& cuenta, int mes, const std::unordered_map<std::string, Moneda>& apertura,
                   const Acumulados& acumulados) {
     Cifras c;
-    if (auto it = saldosIniciales.find(cuenta); it != saldosIniciales.end()) c.ini = it->second;
+    if (auto it = apertura.find(cuenta); it != apertura.end()) c.ini = it->second;
     if (auto it = acumulados.find(cuenta); it != acumulados.end()) {
         const auto& meses = it->second;
         const int anteriores = mes == 13 ? 12 : mes - 1;
@@ -100,6 +120,7 @@ std::vector<DiferenciaBalanza> ConciliaBalanzas(const CatalogoConciliacion& cata
     for (const auto& b : balanzas) porMes.push_back(&b);
     std::stable_sort(porMes.begin(), porMes.end(), [](auto* a, auto* b) { return a->mes < b->mes; });
     const Acumulados acumulados = AcumulaEnElCatalogo(catalogo, movimientos);
+    const auto apertura = AperturaEnElCatalogo(catalogo, saldosIniciales);
 
     std::vector<DiferenciaBalanza> r;
     for (const BalanzaLeida* b : porMes) {
@@ -117,7 +138,7 @@ std::vector<DiferenciaBalanza> ConciliaBalanzas(const CatalogoConciliacion& cata
         for (const auto& renglon : b->renglones) {
             const std::string& cuenta = renglon.cuenta;
             presentes.insert(cuenta);
-            Cifras c = Calculadas(cuenta, b->mes, saldosIniciales, acumulados);
+            Cifras c = Calculadas(cuenta, b->mes, apertura, acumulados);
             if (renglon.SaldoIni != c.ini)
                 anota(cuenta, kFuentePolizas,
                       "El saldo inicial de la cuenta en " + balanza + " es " + muestra(cuenta, renglon.SaldoIni) +
@@ -138,7 +159,7 @@ std::vector<DiferenciaBalanza> ConciliaBalanzas(const CatalogoConciliacion& cata
         }
         for (const auto& cuenta : catalogo.orden) {
             if (presentes.count(cuenta)) continue;
-            Cifras c = Calculadas(cuenta, b->mes, saldosIniciales, acumulados);
+            Cifras c = Calculadas(cuenta, b->mes, apertura, acumulados);
             if (c.ini.esCero() && c.debe.esCero() && c.haber.esCero() && c.fin.esCero()) continue;
             anota(cuenta, kFuentePolizas,
                   "La cuenta no está en " + balanza + "; según las pólizas: cargos " + c.debe.formatoMoneda() +

@@ -106,8 +106,12 @@ struct DiferenciaBalanza {
 /// against its own opening balance, debits and credits (a difference in the
 /// opening balance or the movements shows once, not again in the closing
 /// balance). For an account of the chart the file leaves out: any figure
-/// computed that is not zero. `saldosIniciales` are the opening balances
-/// of the run (debit positive), accounts missing from it open at zero.
+/// computed that is not zero. Computed as the trial balance computes it:
+/// `saldosIniciales` are the opening balances of the run (debit positive;
+/// an account missing from it opens at zero), of which an accumulative
+/// account takes the sum of the detail accounts below it rather than its
+/// own; every voucher line on an account of the chart counts, on its
+/// account and on every account above it.
 std::vector<DiferenciaBalanza> ConciliaBalanzas(const CatalogoConciliacion& catalogo,
                                                 const std::unordered_map<std::string, Moneda>& saldosIniciales,
                                                 const MovimientosPorMes& movimientos,
