@@ -10,8 +10,8 @@
 //
 // Namespaces: "http://www.sat.gob.mx/esquemas/ContabilidadE/1_3/CatalogoCuentas",
 // ".../BalanzaComprobacion", ".../PolizasPeriodo", and the same with "1_1";
-// the early files of version 1.1 wrote them without "http://", and both are
-// taken. Elements are matched by local name, whatever their prefix.
+// files of version 1.1 are met with and without the leading "http://", and
+// both are taken. Elements are matched by local name, whatever their prefix.
 
 #include <functional>
 #include <optional>

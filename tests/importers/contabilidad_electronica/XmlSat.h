@@ -1,8 +1,8 @@
 #pragma once
 // Electronic-accounting XML files for the tests, written as the published
 // schemas of versions 1.1 and 1.3 lay them out: the namespace of each
-// version (1.1 without "http://", as its early files wrote it), a prefix
-// on every element, the root's Version, RFC, Mes and Anio.
+// version (1.1 here without the leading "http://", as such files are met
+// with), a prefix on every element, the root's Version, RFC, Mes and Anio.
 
 #include <string>
 
