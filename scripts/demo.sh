@@ -5,7 +5,9 @@
 # `velmorant` starts on it); imports the year through the delimited-text
 # link; writes the auditor's review work; then imports it again from the
 # client's second delivery, shows what changed and what review work survived,
-# and checks the trial balance each time.
+# and checks the trial balance each time. Last, the second delivery is read
+# again from the tax authority's electronic-accounting XML files (link 135)
+# into a second company, whose trial balance must be the same.
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${VELMORANT_BUILD:-$ROOT/build}"
@@ -17,7 +19,7 @@ GENERA="$BUILD/tools/velmorant-genera-demo"
 rm -rf "$DEMO"
 echo "== The client's books (generated, always the same bytes)"
 "$GENERA" "$DEMO/archivos/entrega1"
-"$GENERA" "$DEMO/archivos/entrega2" --variante 2
+"$GENERA" "$DEMO/archivos/entrega2" --variante 2 --xml
 
 echo "== Demo base and company in $DEMO/base"
 "$CLI" base crear "$DEMO/base"
@@ -62,4 +64,22 @@ echo "== The review work, rebuilt on the new vouchers and balances"
 "$CLI" cedula
 echo "== Schedule rows that could not be found again"
 "$CLI" inconsistencias --detalle
+
+echo "== The second delivery as electronic-accounting XML files (link 135), into the company DEMOXML"
+XML=(--base "$DEMO/base" --empresa DEMOXML --ejercicio 2025)
+"$CLI" --base "$DEMO/base" empresa crear --nombre-corto DEMOXML --nombre "Comercializadora Demo, S.A. de C.V. (XML)" \
+  --ejercicio 2025 --formato 999-99-99 --separador - --niveles 3,2,2 --cat-arbol --rellena-ceros \
+  --meses-revision 6,0,0,12
+archivos=(--catalogo "$DEMO/archivos/entrega2/catalogo.xml")
+for m in 01 02 03 04 05 06 07 08 09 10 11 12; do
+  archivos+=(--balanza "$DEMO/archivos/entrega2/balanza_$m.xml" --polizas "$DEMO/archivos/entrega2/polizas_$m.xml")
+done
+"$CLI" "${XML[@]}" importar --enlace 135 "${archivos[@]}" --tipo-prefijo letras --rfc CDE010101AB1 --continuar
+"$CLI" "${XML[@]}" resumen
+if diff <("$CLI" balanza --mes 12 --csv) <("$CLI" "${XML[@]}" balanza --mes 12 --csv) >/dev/null; then
+  echo "The trial balance read from the XML files is the same as the one read from the delimited text."
+else
+  echo "The trial balances of DEMO and DEMOXML differ." >&2
+  exit 1
+fi
 echo "== Done. The desktop program starts on the demo company: $BUILD/src/velmorant"

@@ -12,6 +12,7 @@ PACKAGES=(
   qt6-base-dev              # desktop program, settings, text codecs, PDF
   libgl-dev                 # Qt6Gui's CMake package asks for OpenGL headers
   libgtest-dev              # core tests
+  libxml2-dev               # streaming reader of the electronic-accounting XML files
   fonts-dejavu-core         # offscreen rendering of forms and reports
   poppler-utils             # pdftotext, to check rendered reports in tests
   qt6-translations-l10n     # Spanish texts of the toolkit's own dialogs (file chooser, printing)

@@ -2,7 +2,7 @@
 // text layout of the demo ("|" separated, a title row, Windows-1252), from a
 // fixed seed, so the same command always writes the same bytes.
 //
-//   velmorant-genera-demo DIR [--variante 2] [--lineas N]
+//   velmorant-genera-demo DIR [--variante 2] [--lineas N] [--xml]
 //   velmorant-genera-demo --trabajo-revision EMPRESA.sqlite
 //
 // Variant 1 is the first delivery of the client's books; variant 2 is the
@@ -10,10 +10,17 @@
 // re-import (a concept edited, a voucher dropped, one added, an amount
 // changed, a line added on a new account, a line moved within its voucher).
 // --lineas asks for roughly N voucher lines over the year (benchmarks).
+// --xml writes the same year also as the electronic-accounting XML files
+// of version 1.3 (link 135): catalogo.xml, balanza_01.xml to
+// balanza_12.xml (balances signed by the account's nature, as the
+// country's systems write them) and polizas_01.xml to polizas_12.xml (the
+// voucher type before its number, "Ig-12"; each sale's invoice folio on
+// the customer's line).
 // --trabajo-revision writes the auditor's review work into a company that
 // holds the first delivery (see TrabajoRevision.h).
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -129,21 +136,53 @@ std::string Codigo(int mayor, int sub, int det) {
     return b;
 }
 
+// Text for an XML attribute value.
+std::string Atributo(const std::string& t) {
+    std::string r;
+    for (char c : t) {
+        switch (c) {
+            case '&': r += "&amp;"; break;
+            case '<': r += "&lt;"; break;
+            case '>': r += "&gt;"; break;
+            case '"': r += "&quot;"; break;
+            default: r += c;
+        }
+    }
+    return r;
+}
+
+std::string DosDigitos(int n) {
+    char b[8];
+    std::snprintf(b, sizeof b, "%02d", n);
+    return b;
+}
+
+constexpr const char* kRfcDemo = "CDE010101AB1";
+constexpr const char* kEspacioSat = "http://www.sat.gob.mx/esquemas/ContabilidadE/1_3/";
+
 class Generador {
 public:
     Generador(int variante, long lineasPedidas) : variante_(variante), lineasPedidas_(lineasPedidas), azar_(20250101) {}
 
-    void escribe(const std::filesystem::path& dir) {
+    void escribe(const std::filesystem::path& dir, bool xml) {
         armaCatalogo();
         std::filesystem::create_directories(dir);
         escribeCatalogo(dir / "catalogo.txt");
+        if (xml) escribeCatalogoXml(dir / "catalogo.xml");
         long lineas = 0;
         static const char* marcas[] = {"ENE", "FEB", "MZO", "ABR", "MAY", "JUN",
                                        "JUL", "AGO", "SEP", "OCT", "NOV", "DIC"};
-        for (int mes = 1; mes <= 12; ++mes)
-            lineas += escribeMes(dir / (std::string("pol_") + marcas[mes - 1] + ".txt"), mes);
+        for (int mes = 1; mes <= 12; ++mes) {
+            std::vector<Poliza> polizas = polizasDelMes(mes);
+            lineas += escribeMes(dir / (std::string("pol_") + marcas[mes - 1] + ".txt"), polizas);
+            if (!xml) continue;
+            escribePolizasXml(dir / ("polizas_" + DosDigitos(mes) + ".xml"), mes, polizas);
+            acumula(mes, polizas);
+        }
+        if (xml)
+            for (int mes = 1; mes <= 12; ++mes) escribeBalanzaXml(dir / ("balanza_" + DosDigitos(mes) + ".xml"), mes);
         std::cout << "Catálogo: " << cuentas_.size() << " cuentas; pólizas: " << polizas_ << "; partidas: " << lineas
-                  << " (variante " << variante_ << ")\n";
+                  << " (variante " << variante_ << ")" << (xml ? "; también en XML" : "") << "\n";
     }
 
 private:
@@ -356,11 +395,11 @@ private:
         if (mes == 8) std::swap(v[6].lineas.front(), v[6].lineas.back());
     }
 
-    long escribeMes(const std::filesystem::path& ruta, int mes) {
+    long escribeMes(const std::filesystem::path& ruta, const std::vector<Poliza>& polizas) {
         std::ofstream f(ruta, std::ios::binary);
         f << "Poliza|Tipo|Dia|Mes|Anio|Cuenta|Referencia|Concepto|Cargo|Abono\r\n";
         long lineas = 0;
-        for (auto& p : polizasDelMes(mes)) {
+        for (auto& p : polizas) {
             ++polizas_;
             for (auto& l : p.lineas) {
                 f << Cp1252(p.numero + "|" + p.tipo + "|" + std::to_string(p.fecha.dia()) + "|" +
@@ -372,13 +411,106 @@ private:
         }
         return lineas;
     }
+
+    // ------------------------------------------------ Electronic accounting
+
+    // Debits and credits of each account of the chart by month, with those
+    // of the accounts below it, as the client's system adds them up: every
+    // line on an account of the chart counts, on an accumulative one too.
+    std::map<std::string, std::array<std::pair<Moneda, Moneda>, 12>> movimientos_;
+
+    const Cuenta* BuscaCuenta(const std::string& codigo) const {
+        for (auto& c : cuentas_)
+            if (c.codigo == codigo) return &c;
+        return nullptr;
+    }
+
+    void acumula(int mes, const std::vector<Poliza>& polizas) {
+        for (auto& p : polizas)
+            for (auto& l : p.lineas)
+                for (const Cuenta* c = BuscaCuenta(l.cuenta); c; c = c->padre.empty() ? nullptr : BuscaCuenta(c->padre)) {
+                    auto& m = movimientos_[c->codigo][static_cast<size_t>(mes - 1)];
+                    m.first += l.cargo;
+                    m.second += l.abono;
+                }
+    }
+
+    static std::string Raiz(const std::string& raiz, const std::string& espacio, const std::string& atributos) {
+        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<" + raiz + " xmlns:" + raiz.substr(0, raiz.find(':')) +
+               "=\"" + kEspacioSat + espacio + "\" Version=\"1.3\" RFC=\"" + kRfcDemo + "\" " + atributos + ">\n";
+    }
+
+    void escribeCatalogoXml(const std::filesystem::path& ruta) {
+        std::ofstream f(ruta, std::ios::binary);
+        f << Raiz("catalogocuentas:Catalogo", "CatalogoCuentas", "Mes=\"01\" Anio=\"2025\"");
+        for (auto& c : cuentas_) {
+            std::string agrupador = c.codigo.substr(0, 3) + (c.nivel > 1 ? "." + c.codigo.substr(4, 2) : "");
+            f << "  <catalogocuentas:Ctas CodAgrup=\"" << agrupador << "\" NumCta=\"" << c.codigo << "\" Desc=\""
+              << Atributo(c.nombre) << "\"" << (c.padre.empty() ? "" : " SubCtaDe=\"" + c.padre + "\"") << " Nivel=\""
+              << c.nivel << "\" Natur=\"" << c.naturaleza << "\"/>\n";
+        }
+        f << "</catalogocuentas:Catalogo>\n";
+    }
+
+    void escribePolizasXml(const std::filesystem::path& ruta, int mes, const std::vector<Poliza>& polizas) {
+        std::ofstream f(ruta, std::ios::binary);
+        f << Raiz("PLZ:Polizas", "PolizasPeriodo",
+                  "Mes=\"" + DosDigitos(mes) + "\" Anio=\"2025\" TipoSolicitud=\"AF\" NumOrden=\"ABC6912345/12\"");
+        for (auto& p : polizas) {
+            f << "  <PLZ:Poliza NumUnIdenPol=\"" << Atributo(p.tipo + "-" + p.numero) << "\" Fecha=\"" << p.fecha.iso()
+              << "\" Concepto=\"" << Atributo(p.concepto) << "\">\n";
+            for (auto& l : p.lineas) {
+                const Cuenta* c = BuscaCuenta(l.cuenta);
+                f << "    <PLZ:Transaccion NumCta=\"" << l.cuenta << "\" DesCta=\"" << Atributo(c ? c->nombre : "")
+                  << "\" Concepto=\"" << Atributo(l.referencia) << "\" Debe=\"" << l.cargo.texto() << "\" Haber=\""
+                  << l.abono.texto() << "\"";
+                // A sale's customer line carries the folio of its invoice.
+                const std::string factura = "Factura A-";
+                if (l.referencia.rfind(factura, 0) == 0) {
+                    char uuid[40];
+                    std::snprintf(uuid, sizeof uuid, "A0000000-0000-4000-8000-%012ld",
+                                  std::atol(l.referencia.c_str() + factura.size()));
+                    f << ">\n      <PLZ:CompNal UUID_CFDI=\"" << uuid << "\" RFC=\"XAXX010101000\" MontoTotal=\""
+                      << l.cargo.texto() << "\"/>\n    </PLZ:Transaccion>\n";
+                } else {
+                    f << "/>\n";
+                }
+            }
+            f << "  </PLZ:Poliza>\n";
+        }
+        f << "</PLZ:Polizas>\n";
+    }
+
+    // Balances signed by the account's nature: a credit account in credit
+    // shows a positive balance.
+    void escribeBalanzaXml(const std::filesystem::path& ruta, int mes) {
+        std::ofstream f(ruta, std::ios::binary);
+        f << Raiz("BCE:Balanza", "BalanzaComprobacion", "Mes=\"" + DosDigitos(mes) + "\" Anio=\"2025\" TipoEnvio=\"N\"");
+        for (auto& c : cuentas_) {
+            Moneda inicial = c.saldo, debe, haber;
+            auto it = movimientos_.find(c.codigo);
+            if (it != movimientos_.end()) {
+                for (int k = 0; k < mes - 1; ++k) inicial += it->second[static_cast<size_t>(k)].first - it->second[static_cast<size_t>(k)].second;
+                debe = it->second[static_cast<size_t>(mes - 1)].first;
+                haber = it->second[static_cast<size_t>(mes - 1)].second;
+            }
+            Moneda final = inicial + debe - haber;
+            if (c.naturaleza == 'A') {
+                inicial = -inicial;
+                final = -final;
+            }
+            f << "  <BCE:Ctas NumCta=\"" << c.codigo << "\" SaldoIni=\"" << inicial.texto() << "\" Debe=\"" << debe.texto()
+              << "\" Haber=\"" << haber.texto() << "\" SaldoFin=\"" << final.texto() << "\"/>\n";
+        }
+        f << "</BCE:Balanza>\n";
+    }
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::cerr << "Uso: velmorant-genera-demo DIR [--variante 1|2] [--lineas N]\n";
+        std::cerr << "Uso: velmorant-genera-demo DIR [--variante 1|2] [--lineas N] [--xml]\n";
         return 2;
     }
     if (std::string(argv[1]) == "--trabajo-revision" && argc == 3) {
@@ -387,15 +519,17 @@ int main(int argc, char** argv) {
     }
     int variante = 1;
     long lineas = 0;
-    for (int i = 2; i + 1 < argc; i += 2) {
+    bool xml = false;
+    for (int i = 2; i < argc; ++i) {
         std::string op = argv[i];
-        if (op == "--variante") variante = std::atoi(argv[i + 1]);
-        else if (op == "--lineas") lineas = std::atol(argv[i + 1]);
+        if (op == "--xml") xml = true;
+        else if (op == "--variante" && i + 1 < argc) variante = std::atoi(argv[++i]);
+        else if (op == "--lineas" && i + 1 < argc) lineas = std::atol(argv[++i]);
         else {
             std::cerr << "opción desconocida: " << op << "\n";
             return 2;
         }
     }
-    Generador(variante, lineas).escribe(argv[1]);
+    Generador(variante, lineas).escribe(argv[1], xml);
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "importers/Descriptor.h"
+#include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 
 namespace velmorant {
@@ -10,6 +11,7 @@ namespace velmorant {
 std::vector<DescriptorImportador> DescriptoresRegistrados() {
     std::vector<DescriptorImportador> lista = {
         DescriptorTextoDelimitado(),
+        DescriptorContabilidadElectronica(),
     };
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });
     return lista;

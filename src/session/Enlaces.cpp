@@ -142,6 +142,7 @@ const std::map<int, std::string>& Titulos() {
         {131, "Sistema SAI Confiaa"},
         {132, "Epicor - MAC"},
         {134, "INTEGRRA"},
+        {135, "Contabilidad electrónica (XML)"},
     };
     return t;
 }

@@ -54,7 +54,7 @@ TEST(Esquema, EmpresasYEnlaces) {
 
     BaseDatos enlaces(RutaBaseDatos(base, kArchivoEnlaces));
     auto todos = TodosLosEnlaces(enlaces);
-    EXPECT_EQ(todos.size(), 130u);  // 1..134 but 5, 10, 99 and 133
+    EXPECT_EQ(todos.size(), 131u);  // 1..135 but 5, 10, 99 and 133
     for (auto& e : todos) {
         EXPECT_NE(e.IdSistema, 5);
         EXPECT_NE(e.IdSistema, 133);
@@ -70,6 +70,9 @@ TEST(Esquema, EmpresasYEnlaces) {
     EXPECT_EQ(enlace(22).Descripcion, "Sistema propio de despacho 22");
     EXPECT_FALSE(enlace(22).Comercial);
     EXPECT_EQ(enlace(95).Descripcion, "ContPAQ i - Mejorado");
+    EXPECT_EQ(enlace(135).Descripcion, "Contabilidad electrónica (XML)");
+    EXPECT_TRUE(enlace(135).Liberado);
+    EXPECT_TRUE(enlace(135).Comercial);
 }
 
 TEST(Esquema, ListaDeEnlacesFiltraBuscaYNoSeRompeConComillas) {
