@@ -4,11 +4,13 @@
 
 #include "importers/Descriptor.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
+#include "importers/texto_fijo/ImportadorTextoFijo.h"
 
 namespace velmorant {
 
 std::vector<DescriptorImportador> DescriptoresRegistrados() {
     std::vector<DescriptorImportador> lista = {
+        DescriptorTextoFijo(),
         DescriptorTextoDelimitado(),
     };
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });
