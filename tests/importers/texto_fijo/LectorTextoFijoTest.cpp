@@ -14,6 +14,7 @@
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
 #include "support/Entorno.h"
+#include "importers/texto_fijo/LineaFija.h"
 
 using namespace velmorant;
 using velmorant::prueba::AjustesAislados;
@@ -22,15 +23,7 @@ using velmorant::prueba::InteraccionGuionada;
 
 namespace {
 
-// A line with each text at its position (from 1), blanks between.
-std::string Linea(std::initializer_list<std::pair<size_t, std::string>> campos) {
-    std::string l;
-    for (const auto& [posicion, texto] : campos) {
-        if (l.size() < posicion - 1 + texto.size()) l.resize(posicion - 1 + texto.size(), ' ');
-        l.replace(posicion - 1, texto.size(), texto);
-    }
-    return l;
-}
+using prueba::LineaFija;
 
 // Chart: account 1-10, level 11-12, nature 13, parent 14-23, balance 24-35,
 // description from 36.
@@ -68,7 +61,7 @@ EstructuraDatosTxt DisenoCargoAbono() {
 
 std::string Cta(const std::string& cuenta, const std::string& nivel, const std::string& descripcion,
                 const std::string& saldo = "", const std::string& acumulativa = "", const std::string& naturaleza = "") {
-    return Linea({{1, cuenta}, {11, nivel}, {13, naturaleza}, {14, acumulativa}, {24, saldo}, {36, descripcion}});
+    return LineaFija({{1, cuenta}, {11, nivel}, {13, naturaleza}, {14, acumulativa}, {24, saldo}, {36, descripcion}});
 }
 
 // A voucher line with the indicator scheme ("" leaves the line short of it).
@@ -77,14 +70,14 @@ std::string Pol(const std::string& numero, const std::string& fecha, const std::
                 const std::string& referencia = "", const std::string& tipo = "Dr") {
     std::string dia = fecha.substr(0, 2), mes = fecha.substr(3, 2), anio = fecha.substr(6);
     if (indicador.empty() && importe.empty())
-        return Linea({{1, numero}, {7, dia}, {9, mes}, {11, anio}, {15, cuenta}, {25, referencia}, {33, concepto}});
-    return Linea({{1, numero}, {7, dia}, {9, mes}, {11, anio}, {15, cuenta}, {25, referencia}, {33, concepto},
+        return LineaFija({{1, numero}, {7, dia}, {9, mes}, {11, anio}, {15, cuenta}, {25, referencia}, {33, concepto}});
+    return LineaFija({{1, numero}, {7, dia}, {9, mes}, {11, anio}, {15, cuenta}, {25, referencia}, {33, concepto},
                   {53, indicador}, {54, importe}, {90, tipo}});
 }
 
 std::string PolCargoAbono(const std::string& numero, const std::string& cuenta, const std::string& cargo,
                           const std::string& abono) {
-    return Linea({{1, numero}, {7, "02"}, {9, "01"}, {11, "2024"}, {15, cuenta}, {33, "c"}, {53, cargo}, {66, abono},
+    return LineaFija({{1, numero}, {7, "02"}, {9, "01"}, {11, "2024"}, {15, cuenta}, {33, "c"}, {53, cargo}, {66, abono},
                   {90, "Dr"}});
 }
 
