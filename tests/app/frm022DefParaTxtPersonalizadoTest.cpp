@@ -67,14 +67,10 @@ private slots:
         QCOMPARE(f.Configuracion(), std::string("CONFIGURACION PREDETERMINADA"));
         QCOMPARE(f.cboConfiguraciones->currentText(), QString("CONFIGURACION PREDETERMINADA"));
         QCOMPARE(f.tboConfigArchivos->count(), 2);
-        const std::pair<QLineEdit*, const char*> cajas[] = {
-            {f.txtCtaPIni, "1"},     {f.txtCtaLong, "20"},     {f.txtDescPIni, "21"},    {f.txtDescLong, "40"},
-            {f.txtCtaCtrlPIni, "61"}, {f.txtNivelPIni, "81"},  {f.txtNivelLong, "1"},    {f.txtNatPIni, "82"},
-            {f.txtNatLong, "1"},     {f.txtSdoIniPIni, "83"},  {f.txtTipoPIni, "1"},     {f.txtTipoLong, "5"},
-            {f.txtAnioPIni, "22"},   {f.txtConceptLong, "30"}, {f.txtTipoMovPIni, "80"}, {f.txtImportePIni, "81"},
-            {f.txtImporteLong, "20"},
-        };
-        for (auto [caja, valor] : cajas) QCOMPARE(caja->text(), QString(valor));
+        // The predetermined places, position and length.
+        for (auto [caja, valor] : {std::pair{f.txtDescPIni, "21"}, {f.txtDescLong, "40"}, {f.txtNatLong, "1"},
+                                   {f.txtAnioPIni, "22"}, {f.txtImportePIni, "81"}, {f.txtImporteLong, "20"}})
+            QCOMPARE(caja->text(), QString(valor));
         QVERIFY(f.chkCtaCtrl->isChecked() && f.chkNivel->isChecked() && f.chkNat->isChecked());
         QVERIFY(f.chkTipoMov->isChecked());
         QCOMPARE(f.lblImporte->text(), QString("Importe"));
