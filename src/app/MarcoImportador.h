@@ -141,6 +141,9 @@ protected:
 
     /// Shows a path in a row's box, as text and tooltip.
     static void MuestraRuta(QLineEdit* caja, const std::string& ruta);
+    /// The paths a newly chosen file must not repeat ("El archivo ya ha sido
+    /// seleccionado"): every path of the form but the one in `excepto`.
+    virtual std::vector<std::string> RutasElegidas(const QLineEdit* excepto) const;
 
 private:
     DescripcionMarco descripcion_;
@@ -162,8 +165,6 @@ private:
     void EligeArchivoMes(int mes);
     void chkMes_Click(int mes, bool marcado);
     void AutocompletaDesdeEnero();
-    /// Every path of the form but the one in `excepto`.
-    std::vector<std::string> RutasElegidas(const QLineEdit* excepto) const;
     bool FaltaArchivo(const ArchivoDelMarco& archivo);
 };
 

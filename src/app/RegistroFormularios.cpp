@@ -1,6 +1,7 @@
 #include "app/RegistroFormularios.h"
 
 #include "app/frm000ImportadorDescrito.h"
+#include "app/frm022TxtPersonalizado.h"
 #include "app/frm082TextoGenericoSeparado.h"
 #include "importers/Descriptor.h"
 
@@ -17,6 +18,7 @@ FabricaFormulario Fabrica() {
 // the register gets the form its descriptor describes.
 std::map<int, FabricaFormulario>& Registro() {
     static std::map<int, FabricaFormulario> registro = {
+        {25, Fabrica<frm022TxtPersonalizado>()},
         {82, Fabrica<frm082TextoGenericoSeparado>()},
     };
     return registro;

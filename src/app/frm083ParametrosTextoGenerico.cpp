@@ -1,13 +1,9 @@
 #include "app/frm083ParametrosTextoGenerico.h"
 
 #include <QButtonGroup>
-#include <QEvent>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
-#include <QKeyEvent>
-#include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
 #include "app/MarcoImportador.h"
@@ -15,96 +11,22 @@
 
 namespace velmorant::app {
 
-// -------------------------------------------------------- ModeloVistaPrevia
-
-void ModeloVistaPrevia::muestra(VistaPrevia vista) {
-    beginResetModel();
-    vista_ = std::move(vista);
-    endResetModel();
-}
-
-int ModeloVistaPrevia::rowCount(const QModelIndex& padre) const {
-    return padre.isValid() ? 0 : static_cast<int>(vista_.filas.size());
-}
-
-int ModeloVistaPrevia::columnCount(const QModelIndex& padre) const {
-    return padre.isValid() ? 0 : static_cast<int>(vista_.columnas.size());
-}
-
-QVariant ModeloVistaPrevia::data(const QModelIndex& indice, int rol) const {
-    if (rol != Qt::DisplayRole || !indice.isValid()) return {};
-    const auto& fila = vista_.filas[static_cast<size_t>(indice.row())];
-    size_t columna = static_cast<size_t>(indice.column());
-    return columna < fila.size() ? QString::fromStdString(fila[columna]) : QString();
-}
-
-QVariant ModeloVistaPrevia::headerData(int seccion, Qt::Orientation orientacion, int rol) const {
-    if (rol != Qt::DisplayRole) return {};
-    if (orientacion == Qt::Horizontal)
-        return seccion < columnCount() ? QString::fromStdString(vista_.columnas[static_cast<size_t>(seccion)])
-                                       : QVariant();
-    return seccion + 1;
-}
-
-// ------------------------------------------------------------------- Form
-
 namespace {
 
-std::int16_t Valor16(const QLineEdit* caja) {
-    bool ok = false;
-    int v = caja->text().toInt(&ok);
-    return ok ? static_cast<std::int16_t>(v) : 0;
-}
-
-void Muestra(QLineEdit* caja, std::int16_t valor) { caja->setText(valor > 0 ? QString::number(valor) : QString()); }
-
-QGroupBox* Grupo(QWidget* padre, const QString& titulo, QGridLayout*& rejilla) {
-    auto* grupo = new QGroupBox(titulo, padre);
-    rejilla = new QGridLayout(grupo);
-    rejilla->setColumnStretch(2, 1);
-    rejilla->setColumnMinimumWidth(2, 24);
-    rejilla->setColumnStretch(5, 1);
-    return grupo;
+PestanaSaldos PestanaDe(const EntradaParametros& e) {
+    if (e.anioAnterior) return PestanaSaldos::SaldosFinalesAnioAnterior;
+    if (!e.saldosIniciales.empty()) return PestanaSaldos::SaldosIniciales;
+    return PestanaSaldos::Ninguna;
 }
 
 }  // namespace
 
 frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, const EntradaParametros& entrada,
                                                              QWidget* padre)
-    : QDialog(padre), sesion_(sesion), entrada_(entrada) {
+    : FormaParametros(sesion, FormularioParametros::TextoGenerico, entrada.configuracion, PestanaDe(entrada), padre),
+      entrada_(entrada) {
     setObjectName("frm083ParametrosTextoGenerico");
-    setWindowTitle("Definir Parametros");
-    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
-
-    // The layout store, as every generic importer opens it.
-    sesion_.IdSistemaElegido = kEnlaceTextoGenerico;
-    InicioConfiguraciones inicio = IniciaConfiguraciones(sesion_);
-    f_.tipo = FormularioParametros::TextoGenerico;
-    f_.Configuracion = entrada_.configuracion.empty() ? inicio.Configuracion : entrada_.configuracion;
-    CargaConfigEmpresa(sesion_, f_.Configuracion, f_.registro);
-    f_.lista = LlenaComboConfiguraciones(sesion_);
-    f_.textoLista = f_.Configuracion;
-    f_.filaElegida = true;
-    PestanaSaldos pestana = entrada_.anioAnterior                  ? PestanaSaldos::SaldosFinalesAnioAnterior
-                            : !entrada_.saldosIniciales.empty() ? PestanaSaldos::SaldosIniciales
-                                                                : PestanaSaldos::Ninguna;
-    f_.cajas = InicializaParametros(f_.tipo, f_.registro, pestana);
-
-    cboConfiguraciones = new QComboBox(this);
-    cboConfiguraciones->setObjectName("cboConfiguraciones");
-    cboConfiguraciones->setEditable(true);
-    cboConfiguraciones->setInsertPolicy(QComboBox::NoInsert);
-    cboConfiguraciones->setMinimumContentsLength(40);
-    cboConfiguraciones->lineEdit()->setMaxLength(50);
-    cboConfiguraciones->lineEdit()->installEventFilter(this);
-    auto* etiquetaLista = new QLabel("C&onfiguración:", this);
-    etiquetaLista->setBuddy(cboConfiguraciones);
-    auto* lista = new QHBoxLayout;
-    lista->addWidget(etiquetaLista);
-    lista->addWidget(cboConfiguraciones, 1);
-
-    tboConfigArchivos = new QTabWidget(this);
-    tboConfigArchivos->setObjectName("tboConfigArchivos");
+    const PestanaSaldos pestana = f_.cajas.pestana;
     tboConfigArchivos->addTab(construyeCatalogo(), "Catálogo de Cuentas");
     tboConfigArchivos->addTab(construyePolizas(), "Pólizas");
     if (pestana == PestanaSaldos::SaldosFinalesAnioAnterior)
@@ -112,69 +34,12 @@ frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, con
     else if (pestana == PestanaSaldos::SaldosIniciales)
         tboConfigArchivos->addTab(construyeSaldos("Saldos Iniciales"), "Saldos Iniciales");
     if (pestana == PestanaSaldos::SaldosFinalesAnioAnterior) tboConfigArchivos->setCurrentIndex(2);
-
-    cmdAceptar = new QPushButton("&Aceptar", this);
-    cmdAceptar->setObjectName("cmdAceptar");
-    cmdAceptar->setDefault(true);
-    cmdCancelar = new QPushButton("&Cancelar", this);
-    cmdCancelar->setObjectName("cmdCancelar");
-    cmdCancelar->setAutoDefault(false);
-    auto* botones = new QHBoxLayout;
-    botones->addStretch();
-    botones->addWidget(cmdAceptar);
-    botones->addWidget(cmdCancelar);
-
-    auto* principal = new QVBoxLayout(this);
-    principal->addLayout(lista);
-    principal->addWidget(tboConfigArchivos, 1);
-    principal->addLayout(botones);
-
-    MuestraLista();
-    MuestraCajas(f_.cajas);
-
-    connect(cboConfiguraciones, qOverload<int>(&QComboBox::activated), this,
-            &frm083ParametrosTextoGenerico::cboConfiguraciones_Click);
-    connect(cboConfiguraciones->lineEdit(), &QLineEdit::textEdited, this,
-            &frm083ParametrosTextoGenerico::cboConfiguraciones_Change);
-    connect(cmdAceptar, &QPushButton::clicked, this, &frm083ParametrosTextoGenerico::cmdAceptar_Click);
-    connect(cmdCancelar, &QPushButton::clicked, this, &QDialog::reject);
-    resize(860, 680);
-    CentraEnPantalla(this);
-}
-
-QLineEdit* frm083ParametrosTextoGenerico::Caja(QWidget* padre, const char* nombre) {
-    auto* caja = new QLineEdit(padre);
-    caja->setObjectName(nombre);
-    caja->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]{0,4}"), caja));
-    caja->setMaximumWidth(caja->fontMetrics().horizontalAdvance("00000") + 16);
-    caja->setAlignment(Qt::AlignRight);
-    caja->installEventFilter(this);
-    return caja;
-}
-
-QCheckBox* frm083ParametrosTextoGenerico::Casilla(QWidget* padre, const char* nombre, const QString& texto,
-                                                  QLineEdit* caja) {
-    auto* casilla = new QCheckBox(texto, padre);
-    casilla->setObjectName(nombre);
-    connect(casilla, &QCheckBox::clicked, this, [this, caja](bool marcada) {
-        if (!marcada) caja->clear();
-        ActualizaEstado();
-        if (marcada) caja->setFocus();
-    });
-    return casilla;
+    Arma();
 }
 
 QTableView* frm083ParametrosTextoGenerico::construyeVista(QWidget* padre, const char* nombre, const std::string& ruta) {
-    auto* vista = new QTableView(padre);
-    vista->setObjectName(nombre);
-    auto* modelo = new ModeloVistaPrevia(vista);
-    vista->setModel(modelo);
-    vista->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    vista->setAlternatingRowColors(true);
-    vista->verticalHeader()->setDefaultSectionSize(vista->fontMetrics().height() + 6);
-    vista->horizontalHeader()->setDefaultSectionSize(110);
-    vista->setToolTip(QString::fromStdString(ruta));
-    if (!ruta.empty() && ExisteArchivo(ruta)) modelo->muestra(VistaPreviaTexto(sesion_, ruta, entrada_.separador));
+    QTableView* vista = Vista(padre, nombre, ruta);
+    if (!ruta.empty() && ExisteArchivo(ruta)) ModeloDe(vista)->muestra(VistaPreviaTexto(sesion_, ruta, entrada_.separador));
     return vista;
 }
 
@@ -193,10 +58,10 @@ QWidget* frm083ParametrosTextoGenerico::construyeCatalogo() {
     txtNivelPIni = Caja(grupo, "txtNivelPIni");
     txtNatPIni = Caja(grupo, "txtNatPIni");
     txtSdoIniPIni = Caja(grupo, "txtSdoIniPIni");
-    chkCtaCtrl = Casilla(grupo, "chkCtaCtrl", "Cuenta Acumulativa", txtCtaCtrlPIni);
-    chkNivel = Casilla(grupo, "chkNivel", "Nivel", txtNivelPIni);
-    chkNat = Casilla(grupo, "chkNat", "Naturaleza", txtNatPIni);
-    chkSaldosIni = Casilla(grupo, "chkSaldosIni", "Saldo Inicial", txtSdoIniPIni);
+    chkCtaCtrl = Casilla(grupo, "chkCtaCtrl", "Cuenta Acumulativa", {txtCtaCtrlPIni});
+    chkNivel = Casilla(grupo, "chkNivel", "Nivel", {txtNivelPIni});
+    chkNat = Casilla(grupo, "chkNat", "Naturaleza", {txtNatPIni});
+    chkSaldosIni = Casilla(grupo, "chkSaldosIni", "Saldo Inicial", {txtSdoIniPIni});
     r->addWidget(new QLabel("Cuenta:", grupo), 0, 0);
     r->addWidget(txtCtaPIni, 0, 1);
     r->addWidget(new QLabel("Descripción de la cuenta:", grupo), 1, 0);
@@ -231,8 +96,8 @@ QWidget* frm083ParametrosTextoGenerico::construyePolizas() {
     txtTipoMovPIni = Caja(grupo, "txtTipoMovPIni");
     txtImportePIni = Caja(grupo, "txtImportePIni");
     txtAbonoPIni = Caja(grupo, "txtAbonoPIni");
-    chkReferencia = Casilla(grupo, "chkReferencia", "Referencia de la partida", txtRefPIni);
-    chkTipoMov = Casilla(grupo, "chkTipoMov", "Tipo de Movimiento", txtTipoMovPIni);
+    chkReferencia = Casilla(grupo, "chkReferencia", "Referencia de la partida", {txtRefPIni});
+    chkTipoMov = Casilla(grupo, "chkTipoMov", "Tipo de Movimiento", {txtTipoMovPIni});
     lblImporte = new QLabel("Importe Cargo:", grupo);
     lblAbono = new QLabel("Importe Abono:", grupo);
     r->addWidget(new QLabel("Número de la Póliza:", grupo), 0, 0);
@@ -443,121 +308,6 @@ QWidget* frm083ParametrosTextoGenerico::CajaDe(const std::string& miembro) const
     for (const auto& [nombre, caja] : cajas)
         if (miembro == nombre) return caja;
     return nullptr;
-}
-
-void frm083ParametrosTextoGenerico::EnfocaCaja(const CajaFallida& fallida) {
-    if (fallida.pestana >= 0 && fallida.pestana < tboConfigArchivos->count())
-        tboConfigArchivos->setCurrentIndex(fallida.pestana);
-    QWidget* caja = CajaDe(fallida.caja);
-    if (!caja) return;
-    caja->setFocus();
-    if (auto* linea = qobject_cast<QLineEdit*>(caja)) linea->selectAll();
-}
-
-// ---------------------------------------------------------- The name list
-
-void frm083ParametrosTextoGenerico::MuestraLista() {
-    actualizando_ = true;
-    cboConfiguraciones->clear();
-    for (const auto& nombre : f_.lista) cboConfiguraciones->addItem(QString::fromStdString(nombre));
-    int fila = cboConfiguraciones->findText(QString::fromStdString(f_.textoLista), Qt::MatchFixedString);
-    cboConfiguraciones->setCurrentIndex(f_.filaElegida ? fila : -1);
-    cboConfiguraciones->setEditText(QString::fromStdString(f_.textoLista));
-    actualizando_ = false;
-}
-
-void frm083ParametrosTextoGenerico::cboConfiguraciones_Click(int indice) {
-    if (actualizando_ || indice < 0) return;
-    f_.cajas = LeeCajas();
-    f_.filaElegida = true;
-    std::string texto = cboConfiguraciones->itemText(indice).toStdString();
-    if (EligeConfiguracion(sesion_, f_, texto)) {
-        MuestraLista();
-        MuestraCajas(f_.cajas);
-        return;
-    }
-    if (texto != f_.Configuracion) {
-        // Answered no: the old name goes back in the list.
-        f_.textoLista = f_.Configuracion;
-        MuestraLista();
-    } else {
-        f_.textoLista = texto;
-    }
-}
-
-void frm083ParametrosTextoGenerico::cboConfiguraciones_Change(const QString& texto) {
-    if (actualizando_) return;
-    // Each key typed is upper-cased.
-    QLineEdit* linea = cboConfiguraciones->lineEdit();
-    const QString mayusculas = texto.toUpper();
-    if (mayusculas != texto) {
-        int cursor = linea->cursorPosition();
-        actualizando_ = true;
-        linea->setText(mayusculas);
-        linea->setCursorPosition(cursor);
-        actualizando_ = false;
-    }
-    f_.cajas = LeeCajas();
-    f_.filaElegida = false;
-    if (TecleaNombreConfiguracion(sesion_, f_, mayusculas.toStdString())) {
-        MuestraLista();
-        MuestraCajas(f_.cajas);
-        return;
-    }
-    if (f_.textoLista != mayusculas.trimmed().toStdString()) {
-        // Answered no: the text before goes back.
-        actualizando_ = true;
-        linea->setText(QString::fromStdString(f_.textoLista));
-        actualizando_ = false;
-    }
-}
-
-// ------------------------------------------------------------------ Events
-
-bool frm083ParametrosTextoGenerico::eventFilter(QObject* objeto, QEvent* evento) {
-    if (objeto == cboConfiguraciones->lineEdit() && evento->type() == QEvent::FocusOut && !actualizando_) {
-        // Leaving the box writes the trimmed, upper-cased text back.
-        QLineEdit* linea = cboConfiguraciones->lineEdit();
-        QString limpio = linea->text().trimmed().toUpper();
-        if (limpio != linea->text()) {
-            actualizando_ = true;
-            linea->setText(limpio);
-            actualizando_ = false;
-        }
-    }
-    if (evento->type() == QEvent::KeyPress && qobject_cast<QLineEdit*>(objeto) &&
-        objeto != cboConfiguraciones->lineEdit()) {
-        auto* tecla = static_cast<QKeyEvent*>(evento);
-        if (tecla->key() == Qt::Key_Return || tecla->key() == Qt::Key_Enter) {
-            // Enter moves to the next enabled box.
-            QWidget* siguiente = static_cast<QWidget*>(objeto)->nextInFocusChain();
-            while (siguiente && siguiente != objeto &&
-                   !(qobject_cast<QLineEdit*>(siguiente) && siguiente->isEnabled() && siguiente->isVisible() &&
-                     siguiente != cboConfiguraciones->lineEdit()))
-                siguiente = siguiente->nextInFocusChain();
-            if (siguiente && siguiente != objeto) siguiente->setFocus();
-            return true;
-        }
-        if (tecla->key() == Qt::Key_Escape) return true;
-    }
-    return QDialog::eventFilter(objeto, evento);
-}
-
-void frm083ParametrosTextoGenerico::keyPressEvent(QKeyEvent* evento) {
-    if (evento->key() == Qt::Key_Escape) return;
-    QDialog::keyPressEvent(evento);
-}
-
-void frm083ParametrosTextoGenerico::cmdAceptar_Click() {
-    f_.cajas = LeeCajas();
-    f_.textoLista = cboConfiguraciones->currentText().toStdString();
-    Aceptacion a = AceptaParametros(sesion_, f_);
-    if (a.cierra) {
-        accept();
-        return;
-    }
-    // A fault without a box of its own is mended by another name.
-    EnfocaCaja(a.foco ? *a.foco : CajaFallida{-1, "Nombre"});
 }
 
 }  // namespace velmorant::app

@@ -4,37 +4,16 @@
 // run is previewed in a grid, split at the importer's delimiter. Accepting
 // saves the layout by the store's rules; cancelling ends the program.
 
-#include <QAbstractTableModel>
 #include <QCheckBox>
-#include <QComboBox>
-#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
-#include <QTabWidget>
 #include <QTableView>
 
-#include "layouts/ParametrosConfiguracion.h"
+#include "app/FormaParametros.h"
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
-#include "session/Sesion.h"
 
 namespace velmorant::app {
-
-/// A file preview as a read-only table model.
-class ModeloVistaPrevia : public QAbstractTableModel {
-    Q_OBJECT
-public:
-    using QAbstractTableModel::QAbstractTableModel;
-    void muestra(VistaPrevia vista);
-    int rowCount(const QModelIndex& padre = {}) const override;
-    int columnCount(const QModelIndex& padre = {}) const override;
-    QVariant data(const QModelIndex& indice, int rol) const override;
-    QVariant headerData(int seccion, Qt::Orientation orientacion, int rol) const override;
-
-private:
-    VistaPrevia vista_;
-};
 
 /// What the importer hands to the form: its files, its delimiter, the
 /// tab in hand and the current layout.
@@ -48,7 +27,7 @@ struct EntradaParametros {
     std::string configuracion;       // the current layout's name
 };
 
-class frm083ParametrosTextoGenerico : public QDialog {
+class frm083ParametrosTextoGenerico : public FormaParametros {
     Q_OBJECT
 public:
     /// Opens the layout store (which may end the program after its
@@ -57,15 +36,9 @@ public:
     /// message).
     frm083ParametrosTextoGenerico(Sesion& sesion, const EntradaParametros& entrada, QWidget* padre = nullptr);
 
-    /// The layout in use once the form is accepted.
-    std::string Configuracion() const { return f_.Configuracion; }
     /// True when the first line of every file holds column titles.
     bool Titulos() const { return chkTitulosCtas->isChecked(); }
-    /// The third tab.
-    PestanaSaldos pestana() const { return f_.cajas.pestana; }
 
-    QComboBox* cboConfiguraciones;
-    QTabWidget* tboConfigArchivos;
     QTableView* tdbgCuentas;
     QTableView* tdbgPolizas;
     QTableView* tdbgSaldos = nullptr;
@@ -106,41 +79,20 @@ public:
     QLineEdit* txtColDescripcion = nullptr;
     QLineEdit* txtColSaldo = nullptr;
 
-    QPushButton* cmdAceptar;
-    QPushButton* cmdCancelar;
-
-    /// The boxes as the store's logic reads them.
-    CajasParametros LeeCajas() const;
-    /// The box that fills a record member ("PIniCuenta", ...; "Nombre" is
-    /// the list), by the form's state.
-    QWidget* CajaDe(const std::string& miembro) const;
+    CajasParametros LeeCajas() const override;
+    QWidget* CajaDe(const std::string& miembro) const override;
 
 protected:
-    bool eventFilter(QObject* objeto, QEvent* evento) override;
-    /// Escape does not cancel: cancelling ends the program.
-    void keyPressEvent(QKeyEvent* evento) override;
+    void MuestraCajas(const CajasParametros& c) override;
+    void ActualizaEstado() override;
 
 private:
-    Sesion& sesion_;
     EntradaParametros entrada_;
-    FormularioConfiguracion f_;
-    bool actualizando_ = false;
 
     QWidget* construyeCatalogo();
     QWidget* construyePolizas();
     QWidget* construyeSaldos(const QString& titulo);
     QTableView* construyeVista(QWidget* padre, const char* nombre, const std::string& ruta);
-    QLineEdit* Caja(QWidget* padre, const char* nombre);
-    QCheckBox* Casilla(QWidget* padre, const char* nombre, const QString& texto, QLineEdit* caja);
-
-    void MuestraCajas(const CajasParametros& c);
-    void MuestraLista();
-    void ActualizaEstado();
-    void EnfocaCaja(const CajaFallida& caja);
-
-    void cboConfiguraciones_Click(int indice);
-    void cboConfiguraciones_Change(const QString& texto);
-    void cmdAceptar_Click();
 };
 
 }  // namespace velmorant::app

@@ -1,5 +1,5 @@
 // configuracion listar [--enlace N], configuracion mostrar NOMBRE,
-// configuracion crear NOMBRE --enlace N CAMPO=COLUMNA...
+// configuracion crear NOMBRE --enlace N CAMPO=VALOR...
 
 #include <ostream>
 
@@ -84,8 +84,10 @@ public:
         return "Guarda una configuración nueva como lo hace la forma de parámetros al aceptar\n"
                "un nombre tecleado: valida los campos en su orden, revisa si los mismos valores\n"
                "ya existen con otro nombre y la guarda en la base de la empresa y en el catálogo.\n"
-               "Cada CAMPO=VALOR es una columna de la tabla (PIniCuenta=1, LongCuenta=20, ...);\n"
-               "los campos no indicados quedan en 0 (ausentes). Requiere la empresa de la sesión.";
+               "Cada CAMPO=VALOR es una columna de la tabla: con --enlace 25 la posición inicial y la\n"
+               "longitud de cada campo (PIniCuenta=1 LongCuenta=12 ...); con 82 y 102 sólo el número de\n"
+               "columna (PIniCuenta=1 ...). Los campos no indicados quedan en 0 (ausentes). Requiere la\n"
+               "empresa de la sesión.";
     }
     std::vector<std::string> argumentos() const override { return {"NOMBRE", "CAMPO=VALOR..."}; }
     std::vector<Opcion> opciones() const override {

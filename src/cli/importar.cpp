@@ -98,6 +98,9 @@ ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& ar
         int mes = EnteroDeOpcion(m.substr(0, igual), "mes", 1, d.mes13 ? 13 : 12);
         std::string ruta = m.substr(igual + 1);
         VerificaEntrada(ruta, "mes", false);
+        // As in the form, one file cannot serve two months.
+        for (const auto& elegida : a.meses)
+            if (elegida == ruta) throw ErrorUso("--mes: El archivo ya ha sido seleccionado: " + ruta);
         a.meses[static_cast<size_t>(mes - 1)] = ruta;
     }
     if (auto unArchivo = args.valor("un-archivo")) {

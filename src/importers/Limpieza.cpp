@@ -27,6 +27,13 @@ std::string LimpiaCuenta(Sesion& s, std::string t, OrdenLimpieza orden, bool qui
             t = RellenaCuenta(s, t);
             quitaSeparador();
             return t;
+        case OrdenLimpieza::RellenoConSeparador:
+            if (!sep.empty() && t.find(sep) != std::string::npos) {
+                t = RellenaCuenta(s, t);
+                quitaSeparador();
+            }
+            if (s.RellenaCeros && EsTextoNumerico(t)) t = RellenaCuenta(s, t);
+            return t;
     }
     return t;
 }

@@ -26,6 +26,10 @@ enum class OrdenLimpieza {
     SeparadorYRelleno,  // separator out, then RellenaCuenta on a numeric code (chart readers)
     RellenoYSeparador,  // RellenaCuenta on a numeric code, then separator out (voucher lines)
     RellenoSiempre,     // RellenaCuenta on any non-empty code, then separator out (workbooks)
+    /// A code that holds the separator: RellenaCuenta, then separator out;
+    /// then, only with the company's RellenaCtaCeros, RellenaCuenta on a
+    /// numeric code (fixed-position charts).
+    RellenoConSeparador,
 };
 
 /// Removes spaces (and tabs, with `quitaTabuladores`) and cleans the code in

@@ -5,11 +5,13 @@
 #include "importers/Descriptor.h"
 #include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
+#include "importers/texto_fijo/ImportadorTextoFijo.h"
 
 namespace velmorant {
 
 std::vector<DescriptorImportador> DescriptoresRegistrados() {
     std::vector<DescriptorImportador> lista = {
+        DescriptorTextoFijo(),
         DescriptorTextoDelimitado(),
         DescriptorContabilidadElectronica(),
     };

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "importers/DestinoTmp.h"
+#include "importers/VistaPrevia.h"
 #include "layouts/Configuraciones.h"
 #include "session/Sesion.h"
 
@@ -60,10 +61,6 @@ void ImportaSaldosAnioAntTexto(Sesion& s, DestinoTmp& d, const std::string& ruta
 /// many parts as the first. A line without the delimiter shows "El archivo "
 /// path " no se encuentra delimitado por el caracter que indico." and ends
 /// the program (ErrorLectura naming the file and line).
-struct VistaPrevia {
-    std::vector<std::string> columnas;
-    std::vector<std::vector<std::string>> filas;  // an empty row stands for a line of another shape
-};
 VistaPrevia VistaPreviaTexto(Sesion& s, const std::string& ruta, const std::string& separador);
 
 }  // namespace velmorant
