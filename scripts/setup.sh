@@ -21,6 +21,8 @@ PACKAGES=(
   libfbclient2              # Firebird client library, loaded when a .FDB is first opened
   firebird3.0-server-core   # the embedded engine the client library runs in-process (no server)
   firebird3.0-utils         # isql-fb, to create test databases
+  libtomlplusplus-dev       # descriptions of printed reports (TOML), with the line of each value for messages
+  libzip-dev                # zip archives a client delivers in place of its files (extracted before reading)
 )
 
 missing=()

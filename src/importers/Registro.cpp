@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "importers/Descriptor.h"
+#include "importers/reportes/ImportadorReporte.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 
 namespace velmorant {
@@ -11,6 +12,7 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
     std::vector<DescriptorImportador> lista = {
         DescriptorTextoDelimitado(),
     };
+    for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });
     return lista;
 }

@@ -16,7 +16,8 @@ struct Enlace {
     bool Comercial;
 };
 
-/// Every link the dispatch knows, with the catalogue's text for each.
+/// Every link of the register of systems (importers/RegistroSistemas.h),
+/// released when its importer is built.
 std::vector<Enlace> EnlacesConocidos();
 
 /// Writes the shipped rows into an open catalogue (insert or refresh), so
