@@ -78,11 +78,11 @@ def escribe(nombre, lineas, codificacion="utf-8"):
         f.write("\r\n".join(lineas) + "\r\n")
 
 
-def delimitado(nombre, numero, tipos):
+def delimitado(nombre, numero, tipos, conConcepto=True):
     filas = ["Num|Cta|Fecha|Tipo|Concepto|Ref|Cargo|Abono"]
     for n, t, dia, concepto, partidas in POLIZAS:
         for cta, debe, haber, ref in partidas:
-            filas.append("|".join([numero(n), cta, fecha(dia), tipos[t], concepto, ref,
+            filas.append("|".join([numero(n), cta, fecha(dia), tipos[t], concepto if conConcepto else "", ref,
                                    debe.replace(",", ""), haber.replace(",", "")]))
     escribe(nombre, filas)
 
@@ -184,7 +184,8 @@ def arpon():
         salida.append(en(total, 95 - len(suma(partidas, 2)) + 3, suma(partidas, 2)))
         salida.append("-" * 95)
     escribe("098_arpon_ene.txt", salida, "cp1252")
-    delimitado("098_arpon_ene.polizas.txt", lambda n: "%05d" % n, tipos)
+    # The report prints no concept of the voucher.
+    delimitado("098_arpon_ene.polizas.txt", lambda n: "%05d" % n, tipos, False)
 
 
 def catalogo():
