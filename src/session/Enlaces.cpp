@@ -62,8 +62,10 @@ std::vector<Enlace> ListaEnlaces(BaseDatos& catalogo, bool soloComerciales, cons
     return Lee(catalogo.consulta(sql, PatronContiene(buscar)));
 }
 
-std::vector<Enlace> TodosLosEnlaces(BaseDatos& catalogo) {
-    return Lee(catalogo.consulta("SELECT * FROM Enlaces ORDER BY IdSistema"));
+std::vector<Enlace> TodosLosEnlaces(BaseDatos& catalogo, const std::string& buscar) {
+    if (buscar.empty()) return Lee(catalogo.consulta("SELECT * FROM Enlaces ORDER BY IdSistema"));
+    return Lee(catalogo.consulta("SELECT * FROM Enlaces WHERE Descripcion LIKE ? ESCAPE '\\' ORDER BY IdSistema",
+                                 PatronContiene(buscar)));
 }
 
 }  // namespace velmorant

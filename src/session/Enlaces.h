@@ -30,7 +30,8 @@ void ActualizaCatalogoEnlaces(BaseDatos& catalogo);
 /// every other character, a quote or "%" included, stands for itself.
 std::vector<Enlace> ListaEnlaces(BaseDatos& catalogo, bool soloComerciales, const std::string& buscar);
 
-/// All rows of the catalogue, released or not, in `IdSistema` order.
-std::vector<Enlace> TodosLosEnlaces(BaseDatos& catalogo);
+/// All rows of the catalogue, released or not, in `IdSistema` order; with
+/// `buscar`, those whose `Descripcion` contains it (as ListaEnlaces).
+std::vector<Enlace> TodosLosEnlaces(BaseDatos& catalogo, const std::string& buscar = "");
 
 }  // namespace velmorant
