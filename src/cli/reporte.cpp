@@ -64,7 +64,6 @@ public:
         bool esEnlace = !pos[0].empty() && pos[0].find_first_not_of("0123456789") == std::string::npos;
         if (esEnlace) {
             const auto& todas = Descripciones();
-            for (auto& e : todas.errores) ctx.errores << e << "\n";
             auto it = todas.porEnlace.find(EnteroDeOpcion(pos[0], "DESCRIPCION", 1, 999));
             if (it == todas.porEnlace.end())
                 throw Rehusado("El enlace " + pos[0] + " no tiene descripción de reporte en " + todas.carpeta);

@@ -116,6 +116,12 @@ DescriptorImportador DescriptorReporte(int idSistema) {
     return d;
 }
 
+bool EsEnlaceDeReporte(int idSistema) {
+    for (int id : kEnlacesReporte)
+        if (id == idSistema) return true;
+    return false;
+}
+
 std::vector<DescriptorImportador> DescriptoresReportes() {
     std::vector<DescriptorImportador> r;
     for (int id : kEnlacesReporte) r.push_back(DescriptorReporte(id));

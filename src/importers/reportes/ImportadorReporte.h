@@ -70,4 +70,7 @@ DescriptorImportador DescriptorReporte(int idSistema);
 /// The report links this program has, for the register.
 std::vector<DescriptorImportador> DescriptoresReportes();
 
+/// True when the link's vouchers come from a printed report.
+bool EsEnlaceDeReporte(int idSistema);
+
 }  // namespace velmorant
