@@ -16,7 +16,7 @@ namespace {
 
 // The links whose vouchers this program reads from a printed report, each
 // with a description of its own in the folder of descriptions.
-constexpr int kEnlacesReporte[] = {76, 98};
+constexpr int kEnlacesReporte[] = {15, 29, 42, 76, 98, 101};
 
 }  // namespace
 

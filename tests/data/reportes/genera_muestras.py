@@ -36,7 +36,7 @@ POLIZAS = [
         ("6020101", "8,000.00", "", "Renta enero"),
         ("1150101", "1,280.00", "", "IVA de la renta"),
         ("1020101", "", "9,280.00", "Cheque 1234"),
-        ("6990101", "100.00", "", "Cuenta que no esta en el catalogo"),
+        ("6990101", "100.00", "", "Sin cuenta en catalogo"),
         ("1020101", "", "100.00", "Ajuste"),
         ("6020101", "250.50", "", "Mantenimiento"),
         ("1020101", "", "250.50", "Cheque 1235"),
@@ -45,7 +45,7 @@ POLIZAS = [
         ("1010101", "11,600.00", "", "Ventas de contado"),
         ("4010101", "", "10,000.00", "Ventas"),
         ("2090101", "", "1,600.00", "IVA trasladado"),
-        ("1010101", "75.00", "75.00", "Importe en las dos columnas"),
+        ("1010101", "75.00", "75.00", "Cargo y abono a la vez"),
     ]),
 ]
 
@@ -188,6 +188,162 @@ def arpon():
     delimitado("098_arpon_ene.polizas.txt", lambda n: "%05d" % n, tipos, False)
 
 
+# ------------------------------------------------------------ the markers of other systems
+# Each of these follows the marker its importer is known by, and positions
+# chosen for the sample.
+
+def microsip():
+    # "(Continuacion)" marks a page that carries on the voucher. Head: type
+    # at 3, number right-aligned in 7-12, date at 15, concept at 27. Line:
+    # account at 7, name at 24, debit ending at 61, credit ending at 75.
+    tipos = ["Dr", "Ig", "Eg"]
+    salida, hoja = [], [0]
+
+    def titulos():
+        hoja[0] += 1
+        salida.append(en(en("\fMICROSIP 6.0", 38, "DIARIO DE POLIZAS"), 76, "Pag. %3d" % hoja[0]))
+        salida.append(en(en(en("Tipo", 7, "Numero"), 15, "Fecha"), 27, "Concepto"))
+        salida.append("=" * 84)
+
+    titulos()
+    renglones = 0
+    for n, t, dia, concepto, partidas in POLIZAS:
+        cabeza = en(en(en("", 3, tipos[t]), 7, campo(str(n), 6, True)), 15, fecha(dia))
+        salida.append(en(cabeza, 27, concepto))
+        salida.append(en(en(en(en("", 7, "Cuenta"), 24, "Nombre"), 54, "Cargos"), 70, "Abonos"))
+        for cta, debe, haber, ref in partidas:
+            if renglones and renglones % 5 == 0:
+                titulos()
+                salida.append(en(cabeza, 27, "(Continuacion)"))
+            l = en(en("", 7, cta[:3] + "-" + cta[3:5] + "-" + cta[5:]), 24, campo(ref, 24))
+            if debe:
+                l = en(l, 50, campo(debe, 12, True))
+            if haber:
+                l = en(l, 64, campo(haber, 12, True))
+            salida.append(l)
+            renglones += 1
+        salida.append(en(en("", 51, "-" * 11), 65, "-" * 11))
+        salida.append(en(en("", 50, campo(suma(partidas, 1), 12, True)), 64, campo(suma(partidas, 2), 12, True)))
+        salida.append("")
+    escribe("015_microsip_ene.txt", salida, "cp1252")
+    delimitado("015_microsip_ene.polizas.txt", lambda n: str(n), tipos)
+
+
+def starcon():
+    # "===" rule lines. Head "POLIZA No. n   TIPO t   FECHA f", the concept on
+    # the next line behind "CONCEPTO:". Line: a numeric account at 1, its
+    # name at 10, the debit's point at 49, the credit's at 64.
+    tipos = ["DIARIO", "INGRESOS", "EGRESOS"]
+    salida, hoja = [], [0]
+
+    def titulos():
+        hoja[0] += 1
+        salida.append(en("\fSTARCON 3.0   CONTABILIDAD GENERAL", 62, "HOJA %d" % hoja[0]))
+        salida.append("REGISTRO DE POLIZAS DE ENERO DE 2024")
+
+    def cabeza(n, t, dia, concepto):
+        salida.append("=" * 74)
+        salida.append(en(en("POLIZA No. %05d" % n, 20, "TIPO " + tipos[t]), 37, "FECHA " + fecha(dia).replace("/", "-")))
+        salida.append("CONCEPTO: " + concepto)
+        salida.append("=" * 74)
+
+    titulos()
+    renglones = 0
+    for n, t, dia, concepto, partidas in POLIZAS:
+        cabeza(n, t, dia, concepto)
+        for cta, debe, haber, ref in partidas:
+            if renglones and renglones % 5 == 0:
+                titulos()
+                cabeza(n, t, dia, concepto)
+            l = en(cta, 10, campo(ref, 30))
+            if debe:
+                l = en(l, 52 - len(debe), debe)
+            if haber:
+                l = en(l, 67 - len(haber), haber)
+            salida.append(l)
+            renglones += 1
+        salida.append("-" * 74)
+        total = en(en("", 10, "SUMA POLIZA"), 52 - len(suma(partidas, 1)), suma(partidas, 1))
+        salida.append(en(total, 67 - len(suma(partidas, 2)), suma(partidas, 2)))
+    escribe("029_starcon_ene.txt", salida, "cp1252")
+    delimitado("029_starcon_ene.polizas.txt", lambda n: "%05d" % n, tipos)
+
+
+def proscai():
+    # "===" rule lines around the headings, whose "Cargo" and "Abono" give the
+    # amount columns. Head "Póliza: Dr-000001  Fecha: dd/mm/aaaa" and the
+    # concept at 39. Line: a numeric account at 1, its name at 14.
+    tipos = ["Dr", "Ig", "Eg"]
+    salida, hoja = [], [0]
+
+    def titulos():
+        hoja[0] += 1
+        salida.append(en(en("\fPROSCAI", 43, "Pólizas contables"), 74, "Hoja %d" % hoja[0]))
+        salida.append("=" * 80)
+        salida.append(en(en(en("Cuenta", 14, "Descripción"), 55, "Cargo"), 70, "Abono"))
+        salida.append("=" * 80)
+
+    def cabeza(n, t, dia, concepto):
+        salida.append(en(en("Póliza: %s-%06d" % (tipos[t], n), 20, "Fecha: " + fecha(dia)), 39, concepto))
+
+    titulos()
+    renglones = 0
+    for n, t, dia, concepto, partidas in POLIZAS:
+        cabeza(n, t, dia, concepto)
+        for cta, debe, haber, ref in partidas:
+            if renglones and renglones % 6 == 0:
+                titulos()
+                cabeza(n, t, dia, concepto)
+            l = en(cta, 14, campo(ref, 38))
+            if debe:
+                l = en(l, 62 - len(debe), debe)
+            if haber:
+                l = en(l, 77 - len(haber), haber)
+            salida.append(l)
+            renglones += 1
+        total = en(en("", 43, "Total"), 62 - len(suma(partidas, 1)), suma(partidas, 1))
+        salida.append(en(total, 77 - len(suma(partidas, 2)), suma(partidas, 2)))
+    escribe("042_proscai_ene.txt", salida, "cp1252")
+    delimitado("042_proscai_ene.polizas.txt", lambda n: "%06d" % n, tipos)
+
+
+def magic():
+    # "TOTALES DE CONTROL" closes a voucher. Head "POL: tt nnnnnn  FECHA: f
+    # CONCEPTO: c", repeated on a page that carries on the voucher. Line: the
+    # account formatted at 4, its name at 16, debit in 46-57, credit in 60-74.
+    tipos = ["DR", "IN", "EG"]
+    salida, hoja = [], [0]
+
+    def titulos():
+        hoja[0] += 1
+        salida.append(en(en("\fADISYS - MAGIC", 33, "AUXILIAR DE POLIZAS"), 68, "Pag. %d" % hoja[0]))
+        salida.append("")
+
+    def cabeza(n, t, dia, concepto):
+        salida.append("POL: %s %06d   FECHA: %s   CONCEPTO: %s" % (tipos[t], n, fecha(dia), concepto))
+
+    titulos()
+    renglones = 0
+    for n, t, dia, concepto, partidas in POLIZAS:
+        cabeza(n, t, dia, concepto)
+        for cta, debe, haber, ref in partidas:
+            if renglones and renglones % 5 == 0:
+                titulos()
+                cabeza(n, t, dia, concepto)
+            l = en(en("", 4, cta[:3] + "-" + cta[3:5] + "-" + cta[5:]), 16, campo(ref, 28))
+            if debe:
+                l = en(l, 46, campo(debe, 12, True))
+            if haber:
+                l = en(l, 60, campo(haber, 15, True))
+            salida.append(l)
+            renglones += 1
+        total = en(en("", 4, "TOTALES DE CONTROL"), 46, campo(suma(partidas, 1), 12, True))
+        salida.append(en(total, 60, campo(suma(partidas, 2), 15, True)))
+        salida.append("")
+    escribe("101_magic_ene.txt", salida, "cp1252")
+    delimitado("101_magic_ene.polizas.txt", lambda n: "%06d" % n, tipos)
+
+
 def catalogo():
     filas = ["Cuenta|Descripcion|Naturaleza|Nivel|Saldo"]
     for cta, nombre, nat, nivel, saldo in CATALOGO:
@@ -199,3 +355,7 @@ if __name__ == "__main__":
     catalogo()
     pasc()
     arpon()
+    microsip()
+    starcon()
+    proscai()
+    magic()
