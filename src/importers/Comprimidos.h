@@ -16,6 +16,10 @@
 
 namespace velmorant {
 
+/// The picker's filter of files that come as archives (El Salvador -
+/// PCCMulti, link 90, takes its chart and its month files so).
+inline constexpr const char* kFiltroZip = "*.zip|*.zip";
+
 class ImportadorComprimido : public Importador {
 public:
     /// `papeles`: the roles whose files are archives; `meses`: the month files are.

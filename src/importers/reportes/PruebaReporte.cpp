@@ -58,6 +58,7 @@ PruebaReporte PruebaDescripcion(Sesion& s, const DescripcionReporte& d, const st
             LineaLeida r = lector.procesa(fila.texto);
             l.clase = NombreClase(r.clase);
             l.detalle = r.detalle;
+            for (size_t i; (i = l.detalle.find('\f')) != std::string::npos;) l.detalle.erase(i, 1);
         } catch (const std::exception& e) {
             l.clase = "falla";
             l.detalle = e.what();

@@ -111,6 +111,16 @@ TEST(DescripcionReporte, ReporteProbarDesdeLaLineaDeOrdenes) {
                                      "076_pasc_ene.txt' --formato 999-99-99");
     EXPECT_EQ(mala.estado, 1) << mala.salida;
     EXPECT_NE(mala.salida.find(dir.texto() + "mala.toml, línea 5: largo debe ser"), std::string::npos) << mala.salida;
+
+    // Installed, it is refused when the program starts, and its link has no description to run.
+    auto alInicio = prueba::CorreProceso("VELMORANT_REPORTES='" + dir.texto() + "' " + cli + "reporte probar 76 '" +
+                                         muestras + "076_pasc_ene.txt' --formato 999-99-99");
+    EXPECT_EQ(alInicio.estado, 1) << alInicio.salida;
+    EXPECT_NE(alInicio.salida.find("velmorant-cli: aviso: La descripción de reporte " + dir.texto() +
+                                   "mala.toml, línea 5: "),
+              std::string::npos)
+        << alInicio.salida;
+    EXPECT_NE(alInicio.salida.find("El enlace 76 no tiene descripción de reporte"), std::string::npos);
 }
 
 }  // namespace
