@@ -24,6 +24,8 @@ PACKAGES=(
   firebird3.0-utils         # isql-fb, to create test databases
   mdbtools-dev              # Access source databases (LGPL library, with glib's headers)
   python3-dbf               # tests write dBase, FoxPro and Visual FoxPro tables with it (/usr/bin/python3 only)
+  libtomlplusplus-dev       # descriptions of printed reports (TOML), with the line of each value for messages
+  libzip-dev                # zip archives a client delivers in place of its files (extracted before reading)
 )
 
 missing=()

@@ -2,8 +2,10 @@
 
 #include "app/frm000ImportadorDescrito.h"
 #include "app/frm022TxtPersonalizado.h"
+#include "app/frm000ImportadorReporte.h"
 #include "app/frm082TextoGenericoSeparado.h"
 #include "importers/Descriptor.h"
+#include "importers/reportes/ImportadorReporte.h"
 
 namespace velmorant::app {
 
@@ -31,8 +33,12 @@ void RegistraFormulario(int idSistema, FabricaFormulario fabrica) { Registro()[i
 std::unique_ptr<QDialog> CreaFormularioImportador(int idSistema, Sesion& s, QWidget* padre) {
     auto it = Registro().find(idSistema);
     if (it != Registro().end()) return it->second(s, padre);
-    if (const DescriptorImportador* d = BuscaImportador(idSistema))
+    if (const DescriptorImportador* d = BuscaImportador(idSistema)) {
+        // A printed-report importer: the same form, with the report's preview.
+        if (EsEnlaceDeReporte(idSistema))
+            return std::make_unique<frm000ImportadorReporte>(s, *d, padre);
         return std::make_unique<frm000ImportadorDescrito>(s, *d, padre);
+    }
     return nullptr;
 }
 

@@ -26,6 +26,7 @@ public:
 
 protected:
     std::unique_ptr<Importador> CreaImportador() override;
+    const DescriptorImportador& descriptor() const { return descriptor_; }
 
 private:
     const DescriptorImportador& descriptor_;

@@ -10,6 +10,7 @@
 
 #include "app/InteraccionQt.h"
 #include "app/frm000ImportarInicio.h"
+#include "importers/reportes/ImportadorReporte.h"
 #include "session/Funciones.h"
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
@@ -37,6 +38,9 @@ int main(int argc, char** argv) {
         ReportaError(sesion, e, true);
         return 3;
     }
+    // A description of a printed report that cannot be used is refused now,
+    // naming its file and line; its link then has no importer to run.
+    for (const auto& error : Descripciones().errores) MsgAviso(sesion, error);
     app::frm000ImportarInicio inicio(sesion);
     interaccion.padre(&inicio);
     inicio.muestraSesion();

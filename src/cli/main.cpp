@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "cli/Comando.h"
+#include "importers/reportes/ImportadorReporte.h"
 #include "platform/BaseDatos.h"
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
@@ -86,6 +87,9 @@ int Ejecuta(std::vector<std::string> args) {
             std::cout << comando->ayuda();
             return kHecho;
         }
+    // A description of a printed report that cannot be used is refused at
+    // start, naming its file and line; its link then has no importer to run.
+    for (const auto& error : Descripciones().errores) std::cerr << "velmorant-cli: aviso: " << error << "\n";
     try {
         return comando->ejecuta(comando->analiza(args), ctx);
     } catch (const ErrorUso& e) {

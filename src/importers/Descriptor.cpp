@@ -1,5 +1,6 @@
 #include "importers/Descriptor.h"
 
+#include "importers/Comprimidos.h"
 #include "importers/Registro.h"
 
 namespace velmorant {
@@ -11,8 +12,21 @@ const ArchivoDescrito* DescriptorImportador::archivo(const std::string& papel) c
     return nullptr;
 }
 
+bool DescriptorImportador::conComprimidos() const {
+    if (mesesComprimidos || (anioAnterior && anioAnterior->comprimido)) return true;
+    for (const auto& a : archivos)
+        if (a.comprimido) return true;
+    return false;
+}
+
 const std::vector<DescriptorImportador>& Importadores() {
-    static const std::vector<DescriptorImportador> lista = DescriptoresRegistrados();
+    static const std::vector<DescriptorImportador> lista = [] {
+        auto l = DescriptoresRegistrados();
+        // An importer that takes zip archives reads what they hold.
+        for (auto& d : l)
+            if (d.conComprimidos()) d.crea = ConExtraccion(d);
+        return l;
+    }();
     return lista;
 }
 

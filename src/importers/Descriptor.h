@@ -38,6 +38,9 @@ struct ArchivoDescrito {
     bool repetible = false;
     /// The row accepts a folder instead of a file.
     bool carpeta = false;
+    /// The file comes as a zip archive holding it: the run extracts it
+    /// into a work folder before the reader opens it (Comprimidos.h).
+    bool comprimido = false;
 };
 
 /// A check box of the importer, which the command line offers as a flag.
@@ -84,6 +87,8 @@ struct DescriptorImportador {
     /// The month rows can give way to one file for the whole year.
     bool unArchivo = false;
     SelectorArchivo selectorMes{};  // its title is followed by the month's name
+    /// Each month's file comes as a zip archive holding it.
+    bool mesesComprimidos = false;
     /// The prior-year tab and its file.
     std::optional<ArchivoDescrito> anioAnterior{};
     std::vector<CasillaDescrita> casillas{};
@@ -91,6 +96,8 @@ struct DescriptorImportador {
     FabricaImportador crea{};
 
     const ArchivoDescrito* archivo(const std::string& papel) const;
+    /// True when some file of the importer comes as a zip archive.
+    bool conComprimidos() const;
 };
 
 /// Every importer of this program, in link order.

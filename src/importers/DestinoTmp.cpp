@@ -157,10 +157,12 @@ void DestinoTmp::registraCuentaInexistente(const PolizaEscrita& p, const Partida
     // may already be there from the chart's comparison.
     if (!cuentasEnBitacora_.insert(Pliega(l.Cuenta)).second) return;
     if (ExisteInconsistenciaCuenta(s_, l.Cuenta)) return;
-    RegistraInconsistencia(s_,
-                           "No se registró  el movimiento " + l.TipoMov + " ," + l.Importe.formatoMoneda() +
-                               " de la Póliza, ya que la Cuenta no existe.",
-                           kFuentePolizas, "O", p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
+    const std::string texto =
+        reglas_.avisoCuentaInexistente == ReglasDestino::AvisoCuentaInexistente::NoExisteEnCatalogo
+            ? "La cuenta " + l.Cuenta + " no existe en el catálogo"
+            : "No se registró  el movimiento " + l.TipoMov + " ," + l.Importe.formatoMoneda() +
+                  " de la Póliza, ya que la Cuenta no existe.";
+    RegistraInconsistencia(s_, texto, kFuentePolizas, "O", p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
 }
 
 }  // namespace velmorant

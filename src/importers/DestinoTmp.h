@@ -81,6 +81,12 @@ struct ReglasDestino {
     /// `IdPoliza` numbers come from this counter of the importer's own,
     /// which lives as long as its form, instead of following the store.
     long* contadorIdPoliza = nullptr;
+    /// The text logged, once per account, for a line whose account the
+    /// temporary chart lacks: the common "No se registró  el movimiento ..."
+    /// or, in the printed-report readers that say so, "La cuenta X no existe
+    /// en el catálogo".
+    enum class AvisoCuentaInexistente { Movimiento, NoExisteEnCatalogo };
+    AvisoCuentaInexistente avisoCuentaInexistente = AvisoCuentaInexistente::Movimiento;
 };
 
 class DestinoTmp {

@@ -4,6 +4,7 @@
 
 #include "importers/Descriptor.h"
 #include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
+#include "importers/reportes/ImportadorReporte.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "importers/texto_fijo/ImportadorTextoFijo.h"
 
@@ -15,6 +16,7 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
         DescriptorTextoDelimitado(),
         DescriptorContabilidadElectronica(),
     };
+    for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });
     return lista;
 }

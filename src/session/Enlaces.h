@@ -16,7 +16,8 @@ struct Enlace {
     bool Comercial;
 };
 
-/// Every link the dispatch knows, with the catalogue's text for each.
+/// Every link of the register of systems (importers/RegistroSistemas.h),
+/// released when its importer is built.
 std::vector<Enlace> EnlacesConocidos();
 
 /// Writes the shipped rows into an open catalogue (insert or refresh), so
@@ -29,7 +30,8 @@ void ActualizaCatalogoEnlaces(BaseDatos& catalogo);
 /// every other character, a quote or "%" included, stands for itself.
 std::vector<Enlace> ListaEnlaces(BaseDatos& catalogo, bool soloComerciales, const std::string& buscar);
 
-/// All rows of the catalogue, released or not, in `IdSistema` order.
-std::vector<Enlace> TodosLosEnlaces(BaseDatos& catalogo);
+/// All rows of the catalogue, released or not, in `IdSistema` order; with
+/// `buscar`, those whose `Descripcion` contains it (as ListaEnlaces).
+std::vector<Enlace> TodosLosEnlaces(BaseDatos& catalogo, const std::string& buscar = "");
 
 }  // namespace velmorant

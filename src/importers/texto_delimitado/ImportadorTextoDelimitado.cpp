@@ -38,11 +38,7 @@ void ImportadorTextoDelimitado::ImportaSaldosAnioAnterior(Sesion& s, DestinoTmp&
     ImportaSaldosAnioAntTexto(s, d, ruta, lectura_);
 }
 
-namespace {
-
-// The importer of a run from the command line's choices: the delimiter,
-// the title row and the saved layout.
-std::unique_ptr<Importador> CreaTextoDelimitado(Sesion& s, const ArchivosImportacion& a) {
+std::optional<LecturaDelimitada> LecturaDelimitadaElegida(Sesion& s, const ArchivosImportacion& a) {
     auto separador = a.parametro("separador");
     bool tabulador = a.casilla("tabulador");
     if (separador.has_value() == tabulador)
@@ -53,19 +49,13 @@ std::unique_ptr<Importador> CreaTextoDelimitado(Sesion& s, const ArchivosImporta
     lectura.Titulos = !a.casilla("sin-titulos");
     auto nombre = a.parametro("configuracion");
     if (!nombre || nombre->empty()) throw ParametroInvalido("indique la configuración de columnas (--configuracion NOMBRE)");
-    if (!UsaConfiguracion(s, kEnlaceTextoGenerico, *nombre, lectura.config)) return nullptr;
-    return std::make_unique<ImportadorTextoDelimitado>(lectura, !a.polizas.empty());
+    if (!UsaConfiguracion(s, kEnlaceTextoGenerico, *nombre, lectura.config)) return std::nullopt;
+    return lectura;
 }
 
-}  // namespace
-
-DescriptorImportador DescriptorTextoDelimitado() {
+std::vector<ArchivoDescrito> ArchivosCatalogoDelimitado() {
     const std::string filtro = "*.txt|*.txt";
-    DescriptorImportador d;
-    d.IdSistema = kEnlaceTextoGenerico;
-    d.titulo = "Texto Generico delimitado por caracter";
-    d.tipo = TipoImportacion::MesPorMes;
-    d.archivos = {
+    return {
         {.papel = "catalogo",
          .etiqueta = "Catálogo de cuentas",
          .control = "eloRutaArchCat",
@@ -80,6 +70,43 @@ DescriptorImportador DescriptorTextoDelimitado() {
          .boton = "cmdSaldosIni",
          .selector = {"Búsqueda del Archivo *.TXT - Saldos iniciales", filtro, kClaveSaldosIniciales}},
     };
+}
+
+std::vector<CasillaDescrita> CasillasLecturaDelimitada() {
+    return {
+        {.control = "optTabulacion", .titulo = "Texto separado por Tabuladores", .opcionCli = "tabulador"},
+        {.control = "chkTitulos", .titulo = "La primera línea de cada archivo no es de títulos", .opcionCli = "sin-titulos"},
+    };
+}
+
+std::vector<ParametroDescrito> ParametrosLecturaDelimitada() {
+    return {
+        {.opcionCli = "separador", .valor = "C", .descripcion = "texto separador de columnas (p. ej. ^, | o ~)",
+         .control = "cboSeparador"},
+        {.opcionCli = "configuracion", .valor = "NOMBRE",
+         .descripcion = "configuración de columnas guardada (ver 'configuracion listar')", .requerido = true},
+    };
+}
+
+namespace {
+
+// The importer of a run from the command line's choices: the delimiter,
+// the title row and the saved layout.
+std::unique_ptr<Importador> CreaTextoDelimitado(Sesion& s, const ArchivosImportacion& a) {
+    auto lectura = LecturaDelimitadaElegida(s, a);
+    if (!lectura) return nullptr;
+    return std::make_unique<ImportadorTextoDelimitado>(*lectura, !a.polizas.empty());
+}
+
+}  // namespace
+
+DescriptorImportador DescriptorTextoDelimitado() {
+    const std::string filtro = "*.txt|*.txt";
+    DescriptorImportador d;
+    d.IdSistema = kEnlaceTextoGenerico;
+    d.titulo = "Texto Generico delimitado por caracter";
+    d.tipo = TipoImportacion::MesPorMes;
+    d.archivos = ArchivosCatalogoDelimitado();
     d.meses = true;
     d.unArchivo = true;
     d.selectorMes = {"Búsqueda del Archivo de Pólizas del mes de ", filtro, kClavePolizasMes};
@@ -91,16 +118,8 @@ DescriptorImportador DescriptorTextoDelimitado() {
         .selector = {"Búsqueda del Archivo *.TXT - Saldos finales año anterior", filtro, kClaveSaldosAnioAnterior},
         .faltante = "Especifique por favor el archivo que contiene los saldos finales del año anterior",
         .avisoFaltante = true};
-    d.casillas = {
-        {.control = "optTabulacion", .titulo = "Texto separado por Tabuladores", .opcionCli = "tabulador"},
-        {.control = "chkTitulos", .titulo = "La primera línea de cada archivo no es de títulos", .opcionCli = "sin-titulos"},
-    };
-    d.parametros = {
-        {.opcionCli = "separador", .valor = "C", .descripcion = "texto separador de columnas (p. ej. ^, | o ~)",
-         .control = "cboSeparador"},
-        {.opcionCli = "configuracion", .valor = "NOMBRE",
-         .descripcion = "configuración de columnas guardada (ver 'configuracion listar')", .requerido = true},
-    };
+    d.casillas = CasillasLecturaDelimitada();
+    d.parametros = ParametrosLecturaDelimitada();
     d.crea = CreaTextoDelimitado;
     return d;
 }

@@ -3,7 +3,9 @@
 // readers are those of LectorTextoDelimitado.h; this adds the files it asks
 // for, their messages, and the layout chosen for the run.
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "importers/Descriptor.h"
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
@@ -39,5 +41,19 @@ private:
 
 /// The descriptor of link 82: its files, pickers, messages and options.
 DescriptorImportador DescriptorTextoDelimitado();
+
+// What other importers reuse when they take their chart and opening
+// balances through a saved layout of this link (the printed-report
+// importers, whose reports hold only the vouchers).
+
+/// The chart and opening-balance files, with their pickers and messages.
+std::vector<ArchivoDescrito> ArchivosCatalogoDelimitado();
+/// The check boxes (tabs, no title row) and options (delimiter, layout).
+std::vector<CasillaDescrita> CasillasLecturaDelimitada();
+std::vector<ParametroDescrito> ParametrosLecturaDelimitada();
+/// How the files of a run are read, from those choices. Throws
+/// ParametroInvalido for a choice it cannot use; nothing when the saved
+/// layout refuses (its message shown).
+std::optional<LecturaDelimitada> LecturaDelimitadaElegida(Sesion& s, const ArchivosImportacion& a);
 
 }  // namespace velmorant
