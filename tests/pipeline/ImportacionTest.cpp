@@ -159,6 +159,22 @@ TEST_F(ImportacionTest, UnProcesoMuertoEnMedioDelCommitNoDejaLaEmpresaAMedias) {
     EXPECT_EQ(LeeBytes(archivoEmpresa()), antes);
 }
 
+TEST_F(ImportacionTest, UnNumeroOUnaCuentaMasLargosQueSuCampoNoDetienenLaCorrida) {
+    // An unbalanced voucher whose number has 21 characters, and a line on an
+    // unknown account of 60: both reach the log, within its widths.
+    escribe("pol1.txt", "Poliza|Tipo|Dia|Mes|Anio|Cuenta|Ref|Concepto|Cargo|Abono\n"
+                        "F-2024-000012345-ABCD|Dr|1|1|2025|100-01-01|r|c|200|0\n"
+                        "F-2024-000012345-ABCD|Dr|1|1|2025|400-01-01|r|c|0|100\n"
+                        "2|Dr|2|1|2025|" + std::string(60, '7') + "|r|c|0|0\n");
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT Poliza FROM Polizas WHERE IdPoliza = 1").texto(), "F-2024-000012345-ABCD");
+    BaseDatos log(RutaAlmacen(s, kInconsisImpTmp), BaseDatos::Modo::SoloLectura);
+    EXPECT_EQ(log.escalar("SELECT Poliza FROM InconsisImpTmp WHERE ClasifError = 'D'").texto(), "F-2024-000012345-AB…");
+    EXPECT_EQ(log.escalar("SELECT Cuenta FROM InconsisImpTmp WHERE ClasifError = 'O'").texto(),
+              std::string(49, '7') + "…");
+}
+
 TEST_F(ImportacionTest, UnPeriodoQueNoLlegaAlUltimoMesImportadoSeRehusa) {
     ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
     struct Caso {
