@@ -1,5 +1,6 @@
 #include "pipeline/Inconsistencias.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "accounts/CodigosCuenta.h"
@@ -71,6 +72,33 @@ std::string CortaAlAncho(const std::string& texto, size_t ancho) {
     if (ancho == 0 || LongitudCaracteres(texto) <= ancho) return texto;
     if (ancho == 1) return IzquierdaCaracteres(texto, 1);
     return IzquierdaCaracteres(texto, ancho - 1) + "…";
+}
+
+std::string ComponeReferencia(const std::vector<PiezaReferencia>& piezas, size_t ancho) {
+    std::string entero;
+    size_t palabras = 0;
+    std::vector<size_t> datos;  // indexes of the quoted values
+    for (size_t i = 0; i < piezas.size(); ++i) {
+        entero += piezas[i].texto;
+        if (piezas[i].dato) datos.push_back(i);
+        else palabras += LongitudCaracteres(piezas[i].texto);
+    }
+    if (LongitudCaracteres(entero) <= ancho) return entero;
+    if (palabras + datos.size() > ancho) return CortaAlAncho(entero, ancho);
+    // Shortest values first: each takes its share of what is left.
+    std::vector<size_t> largos(piezas.size(), 0), cabe(piezas.size(), 0);
+    for (size_t i : datos) largos[i] = LongitudCaracteres(piezas[i].texto);
+    std::stable_sort(datos.begin(), datos.end(), [&](size_t a, size_t b) { return largos[a] < largos[b]; });
+    size_t libre = ancho - palabras;
+    for (size_t k = 0; k < datos.size(); ++k) {
+        size_t i = datos[k];
+        cabe[i] = std::min(largos[i], libre / (datos.size() - k));
+        libre -= cabe[i];
+    }
+    std::string r;
+    for (size_t i = 0; i < piezas.size(); ++i)
+        r += piezas[i].dato ? CortaAlAncho(piezas[i].texto, cabe[i]) : piezas[i].texto;
+    return r;
 }
 
 }  // namespace velmorant

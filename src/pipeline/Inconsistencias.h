@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Fecha.h"
 #include "session/Sesion.h"
@@ -30,5 +31,22 @@ bool ExisteInconsistenciaCuenta(Sesion& s, const std::string& cuenta);
 /// The text within `ancho` characters: unchanged when it fits, else its
 /// first `ancho` - 1 characters and "…" (a width of 1 just cuts).
 std::string CortaAlAncho(const std::string& texto, size_t ancho);
+
+/// Characters of `Referencia`.
+inline constexpr size_t kLargoReferencia = 150;
+
+/// A piece of a finding's text: the system's own words, or a value quoted
+/// from the data (a description, a concept, a reference).
+struct PiezaReferencia {
+    std::string texto;
+    bool dato = false;
+};
+inline PiezaReferencia Dato(std::string t) { return {std::move(t), true}; }
+
+/// The finding within `Referencia`: when the whole is too long, the words
+/// stay whole and each quoted value is cut (ending in "…") so that all of
+/// them show, "Anterior -> XXXX… Nueva -> YYYY…". The room is shared
+/// evenly; a value shorter than its share leaves the rest to the others.
+std::string ComponeReferencia(const std::vector<PiezaReferencia>& piezas, size_t ancho = kLargoReferencia);
 
 }  // namespace velmorant

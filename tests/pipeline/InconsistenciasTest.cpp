@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/Texto.h"
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Inconsistencias.h"
 #include "store/AlmacenesTemporales.h"
@@ -111,6 +112,28 @@ TEST_F(RegistroInconsistencias, UnTextoMasLargoQueSuCampoSeGuardaCortadoConSuMar
     RegistraInconsistencia(s, "r", 3, "D", conApostrofes, "", Fecha(2023, 1, 1), "");
     EXPECT_EQ(s.DbEmpresa->escalar("SELECT Poliza FROM InconsisImpTmp ORDER BY rowid DESC LIMIT 1").texto(),
               std::string(11, 'P'));
+}
+
+TEST(ComponeReferencia, LosValoresCitadosSeRepartenElAnchoYLasPalabrasQuedan) {
+    auto x = [](size_t n) { return std::string(n, 'x'); };
+    auto y = [](size_t n) { return std::string(n, 'y'); };
+    struct Caso {
+        const char* nombre;
+        std::vector<PiezaReferencia> piezas;
+        size_t ancho;
+        std::string esperado;
+    } casos[] = {
+        {"cabe", {{"A: "}, Dato("uno"), {" B: "}, Dato("dos")}, 20, "A: uno B: dos"},
+        {"dos largos", {{"A: "}, Dato(x(30)), {" B: "}, Dato(y(30))}, 27, "A: " + x(9) + "… B: " + y(9) + "…"},
+        {"uno corto cede su resto", {{"A: "}, Dato("ab"), {" B: "}, Dato(y(30))}, 27, "A: ab B: " + y(17) + "…"},
+        {"tres valores", {Dato(x(10)), {"|"}, Dato("é"), {"|"}, Dato(y(10))}, 12, x(3) + "…|é|" + y(4) + "…"},
+        {"sin lugar para los valores", {{"Palabras largas "}, Dato(x(5))}, 10, "Palabras …"},
+    };
+    for (auto& c : casos) {
+        std::string r = ComponeReferencia(c.piezas, c.ancho);
+        EXPECT_EQ(r, c.esperado) << c.nombre;
+        EXPECT_LE(LongitudCaracteres(r), c.ancho) << c.nombre;
+    }
 }
 
 TEST_F(RegistroInconsistencias, SinElLogAbiertoEsUnError) {
