@@ -238,11 +238,11 @@ TEST(Catalogo, SaldoInicialSoloDondeElAlmacenTieneLaCuenta) {
         const char* cuenta;
         const char* balanza;  // nullptr: no Balanzas row
         const char* saldoTmp; // nullptr: not in the store
-        const char* inicial;  // expected; "" Null
+        const char* inicial;  // expected
         const char* original;
     } casos[] = {
         {"100", nullptr, "1234.5678", "1234.5678", "1234.5678"},
-        {"200", nullptr, nullptr, "", ""},
+        {"200", nullptr, nullptr, "0", "0"},  // the table's defaults
         {"300", "5", "-7.25", "-7.25", "-7.25"},
         {"400", "9", nullptr, "9", "9"},
     };

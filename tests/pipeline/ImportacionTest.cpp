@@ -159,6 +159,24 @@ TEST_F(ImportacionTest, UnProcesoMuertoEnMedioDelCommitNoDejaLaEmpresaAMedias) {
     EXPECT_EQ(LeeBytes(archivoEmpresa()), antes);
 }
 
+TEST_F(ImportacionTest, UnaCuentaDadaDeBajaYSinUsoSeBorraDeCatalogoYBalanza) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT Saldo_Anterior_Final FROM Cuentas WHERE Cuenta='1000102'").moneda().texto(), "0")
+        << "an account added by the commit holds 0, not Null";
+    // The second delivery no longer has "Banco dos", which nothing uses.
+    std::string sinBancoDos = kCatalogo;
+    sinBancoDos.erase(sinBancoDos.find("100-01-02|Banco dos|D|0\n"), std::string("100-01-02|Banco dos|D|0\n").size());
+    escribe("catalogo.txt", sinBancoDos);
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Cuentas WHERE Cuenta='1000102'").entero(), 0);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Balanzas WHERE Cuenta='1000102'").entero(), 0);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Cuentas").entero(), 6);
+    BaseDatos log(RutaAlmacen(s, kInconsisImpTmp), BaseDatos::Modo::SoloLectura);
+    EXPECT_EQ(log.escalar("SELECT ClasifError FROM InconsisImpTmp WHERE Cuenta='1000102'").texto(), "B");
+}
+
 TEST_F(ImportacionTest, UnNumeroOUnaCuentaMasLargosQueSuCampoNoDetienenLaCorrida) {
     // An unbalanced voucher whose number has 21 characters, and a line on an
     // unknown account of 60: both reach the log, within its widths.
