@@ -119,7 +119,6 @@ void Corrida::leePolizas(const ArchivosImportacion& a) {
     if (imp_.tipo() == TipoImportacion::ArchivoUnico) {
         paso("ImportaPolizas", [&] { imp_.ImportaPolizas(s_, a); });
         s_.UltimoMesNuevo = static_cast<std::int16_t>(MesesConPolizasTmp(*s_.DbEmpresa));
-        paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
         for (int mes = 1; mes <= s_.UltimoMesNuevo; ++mes) comparaMes(mes);
         return;
     }
@@ -132,7 +131,6 @@ void Corrida::leePolizas(const ArchivosImportacion& a) {
         GuardaAjuste(kAplicacionPropia, kSeccionConfiguracion, "VerPolizas", std::to_string(mes));
     }
     s_.UltimoMesNuevo = static_cast<std::int16_t>(MesesConPolizasTmp(*s_.DbEmpresa));
-    paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
 }
 
 // Phase A up to the vouchers. A source that cannot be read ends the
@@ -228,6 +226,9 @@ void Corrida::confirmaImportacion() {
     paso("DeterminaTipoCuentas", [&] { DeterminaTipoCuentas(s_, barra()); });
     paso("GuardaSaldoInicial", [&] { GuardaSaldoInicial(s_, barra()); });
     CierraCuentasTmp(s_);
+    // The new voucher types are the company's only once the run commits: a
+    // run refused or cancelled in phase A leaves the catalogue as it was.
+    paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
     paso("Polizas", [&] {
         db.ejecuta("DELETE FROM Polizas");
         db.ejecuta("DELETE FROM Polizas_Detalle");

@@ -224,6 +224,41 @@ TEST_F(ImportacionTest, UnPeriodoQueNoLlegaAlUltimoMesImportadoSeRehusa) {
     EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
 }
 
+TEST_F(ImportacionTest, LosTiposDePolizaNuevosSoloEntranConLaImportacion) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    auto tipos = [&] { return escalar("SELECT group_concat(Tipo, ',') FROM (SELECT Tipo FROM CatTipoPoliza ORDER BY 1)").texto(); };
+    ASSERT_EQ(tipos(), "Dr");
+    std::string conIngreso = Mes(3, 3);
+    conIngreso += "9|Ig|9|3|2025|100-01-01|cobro|Ingreso|5|0\n9|Ig|9|3|2025|400-01-01|venta|Ingreso|0|5\n";
+    escribe("pol3.txt", conIngreso);
+
+    // Refused for its period: May is missing.
+    archivos.meses[4].clear();
+    archivos.meses[3].clear();
+    inicia();
+    EXPECT_EQ(importa(), ResultadoImportacion::ArchivosFaltantes);
+    escribe("pol5.txt", Mes(4, 1));
+    usaMes(4, 3);
+    archivos.meses[4] = dir.texto() + "pol5.txt";
+    inicia();
+    EXPECT_EQ(importa(), ResultadoImportacion::PeriodoInvalido);
+    EXPECT_EQ(tipos(), "Dr");
+
+    // Cancelled at the inconsistency form.
+    usaMes(5, 3);
+    escribe("pol3.txt", conIngreso);
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Cancelar};
+    EXPECT_THROW(importa(), ProgramaTerminado);
+    inicia();
+    EXPECT_EQ(tipos(), "Dr");
+
+    // Committed.
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(tipos(), "Dr,Ig");
+}
+
 TEST_F(ImportacionTest, CancelarEnLasInconsistenciasDejaLaEmpresaYElLog) {
     ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
     usaMes(3, 2);  // a voucher dropped in March
