@@ -29,6 +29,12 @@ namespace {
 constexpr const char* kAliasEmpresas = kAliasEmpresasRun;
 
 
+// Detaches the company table when the commit attached it.
+void SeparaEmpresas(BaseDatos& db) {
+    if (!db.escalar("SELECT name FROM pragma_database_list WHERE name = ?", kAliasEmpresas).esNulo())
+        db.separa(kAliasEmpresas);
+}
+
 // One run: its session, its importer and the name of the step in hand, so
 // that a failure can say where it happened.
 class Corrida {
@@ -189,9 +195,13 @@ void Corrida::cierraAlmacenes() {
 template <class F>
 bool Corrida::enTransaccion(F&& f) {
     BaseDatos& db = *s_.DbEmpresa;
-    db.adjunta(RutaBaseDatos(s_.RutaBase, kArchivoEmpresas), kAliasEmpresas);
     bool hecho = false;
     try {
+        // The opening has names of its own, so that a failure there (the
+        // company locked by another program) is not put on the step before.
+        paso_ = "adjuntar Empresas";
+        db.adjunta(RutaBaseDatos(s_.RutaBase, kArchivoEmpresas), kAliasEmpresas);
+        paso_ = "inicio de la transacción";
         Transaccion t(db);
         f();
         paso_ = "confirmación";
@@ -199,7 +209,7 @@ bool Corrida::enTransaccion(F&& f) {
         t.confirma();
         hecho = true;
     } catch (const ProgramaTerminado&) {
-        db.separa(kAliasEmpresas);
+        SeparaEmpresas(db);
         throw;
     } catch (const std::exception& e) {
         barra().visible(false);
@@ -207,7 +217,7 @@ bool Corrida::enTransaccion(F&& f) {
                            "\r\nLa información de la empresa quedó como estaba antes de la importación.");
     }
     cierraAlmacenes();
-    db.separa(kAliasEmpresas);
+    SeparaEmpresas(db);
     return hecho;
 }
 

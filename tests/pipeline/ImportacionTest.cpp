@@ -140,6 +140,33 @@ TEST_F(ImportacionTest, UnaFallaEnMedioDelCommitDejaLaEmpresaIntacta) {
     EXPECT_EQ(LeeBytes(archivoEmpresas()), antesEmpresas);
 }
 
+TEST_F(ImportacionTest, SiLaTransaccionNoPuedeEmpezarElMensajeLoDice) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    usaMes(2, 4);  // a change, so that the user is asked
+    inicia();
+    s.DbEmpresa->ejecutaScript("PRAGMA busy_timeout=50");
+    // While the user reads the inconsistencies, another program starts
+    // writing on the company.
+    struct Bloqueo : prueba::InteraccionGuionada {
+        std::string archivo;
+        std::unique_ptr<BaseDatos> otro;
+        std::unique_ptr<Transaccion> escribe;
+        DecisionInconsistencias decideInconsistencias(const std::string&) override {
+            otro = std::make_unique<BaseDatos>(archivo);
+            escribe = std::make_unique<Transaccion>(*otro);
+            return DecisionInconsistencias::Continuar;
+        }
+    } bloqueo;
+    bloqueo.archivo = archivoEmpresa();
+    s.interaccion = &bloqueo;
+    EXPECT_EQ(importa(), ResultadoImportacion::Fallida);
+    ASSERT_FALSE(bloqueo.mensajes.empty());
+    EXPECT_NE(bloqueo.mensajes.back().texto.find("falló el paso inicio de la transacción"), std::string::npos)
+        << bloqueo.mensajes.back().texto;
+    bloqueo.escribe.reset();
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
+}
+
 TEST_F(ImportacionTest, UnProcesoMuertoEnMedioDelCommitNoDejaLaEmpresaAMedias) {
     ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
     usaMes(4, 1);
