@@ -63,6 +63,8 @@ ErrorBaseDatos::ErrorBaseDatos(int codigo, const std::string& mensaje, std::stri
       mensaje_(mensaje),
       sql_(std::move(sql)) {}
 
+bool ErrorBaseDatos::esDano() const { return codigo_ == SQLITE_NOTADB || codigo_ == SQLITE_CORRUPT; }
+
 // ---------------------------------------------------------------- Sentencia
 
 Sentencia::Sentencia(sqlite3* db, const std::string& sql) : db_(db), sql_(sql) {

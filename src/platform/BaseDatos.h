@@ -34,6 +34,9 @@ class ErrorBaseDatos : public std::runtime_error {
 public:
     ErrorBaseDatos(int codigo, const std::string& mensaje, std::string sql);
     int codigo() const { return codigo_; }
+    /// The file is not a database of this engine, or its pages are damaged:
+    /// no retry will read it (unlike a busy or locked file).
+    bool esDano() const;
     const std::string& sql() const { return sql_; }
     const std::string& mensajeMotor() const { return mensaje_; }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -249,6 +250,18 @@ TEST_F(ImportacionTest, UnPeriodoQueNoLlegaAlUltimoMesImportadoSeRehusa) {
     EXPECT_NE(ui.mensajes.back().texto.find("la última importación se realizó al mes de MAYO"), std::string::npos)
         << ui.mensajes.back().texto;
     EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
+}
+
+TEST_F(ImportacionTest, UnLogDeCedulasDanadoNoDetieneLasImportaciones) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    const std::string log = RutaAlmacen(s, kInconsisImpTmpDet);
+    std::ofstream(log, std::ios::binary | std::ios::trunc) << std::string(5000, '#');
+    inicia();  // a re-import: the schedule's work stores are all opened
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    bool avisado = false;
+    for (auto& m : ui.mensajes) avisado = avisado || m.texto.find("InconsisImpTmpDet_danado_") != std::string::npos;
+    EXPECT_TRUE(avisado);
+    EXPECT_NO_THROW(HayInconsistenciasDet(s.RutaEmpresa)) << "the new log reads";
 }
 
 TEST_F(ImportacionTest, LosTiposDePolizaNuevosSoloEntranConLaImportacion) {
