@@ -290,7 +290,8 @@ void Tabla::actualiza() {
 // ---------------------------------------------------------------- BaseDatos
 
 BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta) {
-    int flags = modo == Modo::SoloLectura ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    // READWRITE falls back to reading only on a file the system write-protects.
+    int flags = SQLITE_OPEN_READWRITE;
     if (modo == Modo::Crear) flags |= SQLITE_OPEN_CREATE;
     int rc = sqlite3_open_v2(ruta.string().c_str(), &db_, flags, nullptr);
     if (rc != SQLITE_OK) {
@@ -300,7 +301,7 @@ BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta)
         throw ErrorBaseDatos(rc, msg + ": " + ruta.string(), "");
     }
     try {
-        configura();
+        configura(modo == Modo::SoloLectura);
     } catch (...) {
         cache_.clear();
         sqlite3_close(db_);
@@ -320,7 +321,7 @@ BaseDatos::~BaseDatos() {
     if (db_) sqlite3_close_v2(db_);
 }
 
-void BaseDatos::configura() {
+void BaseDatos::configura(bool soloLectura) {
     sqlite3_busy_timeout(db_, 5000);
     sqlite3_extended_result_codes(db_, 0);
     auto registra = [&](const char* nombre, int n, void (*f)(sqlite3_context*, int, sqlite3_value**)) {
@@ -334,6 +335,10 @@ void BaseDatos::configura() {
     // Reading the schema now makes a corrupt or foreign file fail at open,
     // and the journal mode keeps a commit atomic across attached files.
     ejecutaScript("PRAGMA schema_version");
+    if (soloLectura) {
+        ejecutaScript("PRAGMA query_only=ON");
+        return;
+    }
     if (ruta_ != ":memory:" && !sqlite3_db_readonly(db_, "main")) ejecutaScript("PRAGMA journal_mode=DELETE");
 }
 

@@ -163,6 +163,10 @@ public:
 
     /// Opens (or creates, with Modo::Crear) a store. A missing file in
     /// Existente mode, a corrupt file or a locked one throws ErrorBaseDatos.
+    /// SoloLectura refuses every write of its own, yet opens the file for
+    /// writing where the system allows it, so that the journal a killed
+    /// writer left behind is rolled back on the first read (a connection
+    /// without write access cannot, and every read would fail).
     explicit BaseDatos(const std::filesystem::path& ruta, Modo modo = Modo::Existente);
     /// An in-memory database.
     BaseDatos();
@@ -220,7 +224,7 @@ private:
     sqlite3* db_ = nullptr;
     std::filesystem::path ruta_;
     std::unordered_map<std::string, std::unique_ptr<Sentencia>> cache_;
-    void configura();
+    void configura(bool soloLectura = false);
 };
 
 /// A transaction as a scoped object: rolled back unless confirma() is called.
