@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cctype>
+#include <fstream>
+#include <iterator>
 
 namespace velmorant {
 
@@ -386,6 +388,59 @@ std::vector<std::string> BaseDatos::columnas(const std::string& tabla, const std
     Consulta c = consulta("SELECT name FROM pragma_table_info(?, ?) ORDER BY cid", tabla, esquema);
     for (c.primero(); !c.eof(); c.siguiente()) r.push_back(c.campo(0).texto());
     return r;
+}
+
+// ------------------------------------------------------------ Super-journals
+
+namespace {
+
+bool JournalPendiente(const std::filesystem::path& journal) {
+    std::error_code ec;
+    return std::filesystem::is_regular_file(journal, ec) && std::filesystem::file_size(journal, ec) > 0 && !ec;
+}
+
+// The journals a super-journal names, each written as a NUL-terminated path.
+std::vector<std::string> JournalesNombrados(const std::filesystem::path& superJournal) {
+    std::ifstream f(superJournal, std::ios::binary);
+    std::string contenido((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
+    std::vector<std::string> r;
+    for (size_t desde = 0; desde < contenido.size();) {
+        size_t fin = contenido.find('\0', desde);
+        if (fin == std::string::npos) fin = contenido.size();
+        if (fin > desde) r.push_back(contenido.substr(desde, fin - desde));
+        desde = fin + 1;
+    }
+    return r;
+}
+
+}  // namespace
+
+int QuitaSuperJournalesHuerfanos(const std::filesystem::path& principal) {
+    namespace fs = std::filesystem;
+    const std::string prefijo = principal.filename().string() + "-mj";
+    const std::string sufijo = "-journal";
+    std::error_code ec;
+    std::vector<fs::path> superJournales;
+    for (auto& e : fs::directory_iterator(principal.parent_path(), ec))
+        if (e.path().filename().string().rfind(prefijo, 0) == 0) superJournales.push_back(e.path());
+    int quitados = 0;
+    for (auto& sj : superJournales) {
+        bool enUso = false;
+        for (const std::string& journal : JournalesNombrados(sj)) {
+            if (!JournalPendiente(journal) || journal.size() <= sufijo.size() ||
+                journal.compare(journal.size() - sufijo.size(), sufijo.size(), sufijo) != 0)
+                continue;
+            fs::path base = journal.substr(0, journal.size() - sufijo.size());
+            if (!fs::exists(base, ec)) continue;  // nothing left to play it back into
+            try {
+                BaseDatos db(base);  // the open reads the schema: a hot journal is played back
+            } catch (const ErrorBaseDatos&) {
+            }
+            enUso = enUso || JournalPendiente(journal);
+        }
+        if (!enUso && fs::remove(sj, ec)) ++quitados;
+    }
+    return quitados;
 }
 
 // -------------------------------------------------------------- Transaccion

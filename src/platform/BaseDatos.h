@@ -227,6 +227,15 @@ private:
     void configura(bool soloLectura = false);
 };
 
+/// Removes the super-journals that a process killed in a commit over
+/// several files left beside `principal` (the main database of that
+/// connection), once nothing needs them: each file they name whose journal
+/// is still pending is opened first, which plays that journal back while the
+/// super-journal still tells the engine to. One whose files cannot be
+/// brought back (busy: another program is committing) is left. Returns how
+/// many were removed.
+int QuitaSuperJournalesHuerfanos(const std::filesystem::path& principal);
+
 /// A transaction as a scoped object: rolled back unless confirma() is called.
 /// Nested scopes become savepoints.
 class Transaccion {

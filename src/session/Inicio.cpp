@@ -243,6 +243,9 @@ void IniciaSesion(Sesion& s, const OpcionesInicio& opciones) {
     if (!s.DbEmpresas)
         throw ProgramaTerminado("No fue posible abrir la base de datos del sistema: " +
                                 RutaBaseDatos(s.RutaBase, kArchivoEmpresas));
+    // Both databases are open and read, so any commit a kill cut short has
+    // been undone in them; what it left in the company folder can go.
+    QuitaSuperJournalesHuerfanos(ArchivoEmpresa(s.RutaEmpresa, s.NombCortoSolicitado, ejercicio));
     s.NotaSaldosAnioAnterior = NotaSaldosAnioAnterior();
 }
 

@@ -17,6 +17,7 @@
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
 #include "support/Entorno.h"
+#include "support/Muerte.h"
 
 using namespace velmorant;
 
@@ -219,6 +220,50 @@ TEST_F(ImportacionTest, UnNumeroOUnaCuentaMasLargosQueSuCampoNoDetienenLaCorrida
     EXPECT_EQ(log.escalar("SELECT Poliza FROM InconsisImpTmp WHERE ClasifError = 'D'").texto(), "F-2024-000012345-AB…");
     EXPECT_EQ(log.escalar("SELECT Cuenta FROM InconsisImpTmp WHERE ClasifError = 'O'").texto(),
               std::string(49, '7') + "…");
+}
+
+TEST_F(ImportacionTest, ElSuperJournalDeUnCommitMuertoSeQuitaAlIniciarYLoDemasSeDeshace) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    const std::string empresa = archivoEmpresa(), empresas = archivoEmpresas();
+    const std::string trabajo = s.RutaEmpresa + "Trabajo.sqlite";  // stands for a store of the run
+    auto superJournales = [&] {
+        int n = 0;
+        for (auto& f : std::filesystem::directory_iterator(s.RutaEmpresa))
+            n += f.path().filename().string().find("-mj") != std::string::npos;
+        return n;
+    };
+    for (bool almacenBorrado : {true, false}) {
+        SCOPED_TRACE(almacenBorrado ? "the run's store deleted, as BorraTemporales does" : "the run's store kept");
+        s.DbEmpresa.reset();
+        s.DbEmpresas.reset();
+        std::filesystem::remove(trabajo);
+        {
+            BaseDatos t(trabajo, BaseDatos::Modo::Crear);
+            t.ejecutaScript("CREATE TABLE X (a)");
+        }
+        // Killed inside the commit over the three files, as it removes the
+        // super-journal: the moment the commit would have become final.
+        ASSERT_TRUE(prueba::MuereAlBorrar("-mj", [&] {
+            BaseDatos db(empresa);
+            db.adjunta(empresas, "E");
+            db.adjunta(trabajo, "T");
+            db.ejecutaScript("BEGIN; UPDATE main.Polizas SET Concepto = 'a medias'; "
+                             "UPDATE E.Empresas SET Nombre = 'a medias'; INSERT INTO T.X VALUES (1); COMMIT");
+        }));
+        ASSERT_EQ(superJournales(), 1);
+        if (almacenBorrado) {
+            std::filesystem::remove(trabajo);
+            std::filesystem::remove(trabajo + "-journal");
+        }
+        inicia();
+        EXPECT_EQ(superJournales(), 0);
+        EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas WHERE Concepto = 'a medias'").entero(), 0);
+        EXPECT_EQ(s.DbEmpresas->escalar("SELECT Nombre FROM Empresas").texto(), "Acme");
+        if (!almacenBorrado) {
+            BaseDatos t(trabajo, BaseDatos::Modo::SoloLectura);
+            EXPECT_EQ(t.escalar("SELECT COUNT(*) FROM X").entero(), 0);
+        }
+    }
 }
 
 TEST_F(ImportacionTest, UnPeriodoQueNoLlegaAlUltimoMesImportadoSeRehusa) {
