@@ -309,6 +309,22 @@ TEST_F(ImportacionTest, UnLogDeCedulasDanadoNoDetieneLasImportaciones) {
     EXPECT_NO_THROW(HayInconsistenciasDet(s.RutaEmpresa)) << "the new log reads";
 }
 
+TEST_F(ImportacionTest, UnCatalogoConCodificacionMixtaSeLeeYSeAvisa) {
+    std::string catalogo = kCatalogo;
+    catalogo.replace(catalogo.find("Banco uno"), 9, "Banco Espa\xC3\xB1" "a");
+    catalogo.replace(catalogo.find("Banco dos"), 9, "Banco Dep\xF3sito");  // one byte in Windows-1252
+    catalogo.replace(catalogo.find("Ventas nacionales"), 17, "Ventas M\xC3\xA9xico");
+    escribe("catalogo.txt", catalogo);
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT Descripcion FROM Cuentas WHERE Cuenta='1000101'").texto(), "Banco España");
+    EXPECT_EQ(escalar("SELECT Descripcion FROM Cuentas WHERE Cuenta='1000102'").texto(), "Banco Depósito");
+    EXPECT_EQ(escalar("SELECT Descripcion FROM Cuentas WHERE Cuenta='40001'").texto(), "Ventas México");
+    ASSERT_FALSE(ui.mensajes.empty());
+    EXPECT_EQ(ui.mensajes[0].tipo, TipoMensaje::Aviso);
+    EXPECT_NE(ui.mensajes[0].texto.find("catalogo.txt mezcla codificaciones"), std::string::npos) << ui.mensajes[0].texto;
+    EXPECT_NE(ui.mensajes[0].texto.find("Se leyó como UTF-8"), std::string::npos) << ui.mensajes[0].texto;
+}
+
 TEST_F(ImportacionTest, LosTiposDePolizaNuevosSoloEntranConLaImportacion) {
     ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
     auto tipos = [&] { return escalar("SELECT group_concat(Tipo, ',') FROM (SELECT Tipo FROM CatTipoPoliza ORDER BY 1)").texto(); };
