@@ -216,16 +216,6 @@ TEST_F(LecturaTexto, PolizasAgrupadasPorNumeroTipoYFechaEntreArchivos) {
     EXPECT_TRUE(Filas("SELECT 1 FROM Polizas_Tmp.Polizas_Tmp WHERE Poliza = '21'").empty());
 }
 
-TEST_F(LecturaTexto, FechasDeAnioCortoConHoraOConNombreDeMes) {
-    ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), false);
-    ImportaPolizasTexto(s, Archivo("ene.txt", "1|1000000|15/01/24|Dr||c|1|1|\n2|1000000|16-ene-2024|Dr||c|1|1|\n"
-                                              "3|1000000|17/01/2024 00:00:00|Dr||c|1|1|\n"),
-                        Lectura());
-    EXPECT_EQ(Filas("SELECT Poliza, Fecha FROM Polizas_Tmp.Polizas_Tmp ORDER BY IdPoliza"),
-              (std::vector<std::string>{"1|2024-01-15", "2|2024-01-16", "3|2024-01-17"}));
-    EXPECT_TRUE(ui.mensajes.empty());
-}
-
 TEST_F(LecturaTexto, CuentaDesconocidaSeRegistraUnaSolaVez) {
     ImportaCatalogoTexto(s, Archivo("cat.txt", "1000000|1|Caja\n"), Lectura(), false);
     ImportaPolizasTexto(s,

@@ -93,25 +93,6 @@ TEST(Esquema, ListaDeEnlacesFiltraBuscaYNoSeRompeConComillas) {
     EXPECT_EQ(ids(ListaEnlaces(db, true, "_")), "");
 }
 
-TEST(Esquema, LasColumnasDeDineroValenCeroPorOmision) {
-    BaseDatos db;
-    CreaEsquemaEmpresa(db);
-    EXPECT_EQ(db.escalar("PRAGMA user_version").entero(), kVersionEsquemaEmpresa);
-    db.ejecuta("INSERT INTO Cuentas (Cuenta) VALUES ('100')");
-    db.ejecuta("INSERT INTO Balanzas (Cuenta) VALUES ('100')");
-    EXPECT_EQ(db.escalar("SELECT Saldo_Anterior_Final FROM Cuentas").entero(), 0);
-    EXPECT_EQ(db.escalar("SELECT SdoFin12 + SaldoIniOrig FROM Balanzas").entero(), 0);
-    EXPECT_TRUE(db.escalar("SELECT Descripcion FROM Cuentas").esNulo()) << "only money has a default";
-    for (auto& tabla : TablasEmpresa())
-        for (auto& c : tabla.campos) {
-            if (c.tipo != TipoCampo::Moneda) continue;
-            EXPECT_EQ(
-                db.escalar("SELECT dflt_value FROM pragma_table_info(?) WHERE name = ?", tabla.nombre, c.nombre).texto(),
-                "0")
-                << tabla.nombre << "." << c.nombre;
-        }
-}
-
 TEST(Esquema, UnaEmpresaAnteriorSeActualizaSinPerderNada) {
     prueba::CarpetaTemporal dir;
     const std::string ruta = dir.texto() + "VIEJA_2023.sqlite";
