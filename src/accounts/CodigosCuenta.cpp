@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "platform/Numeros.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 #include "session/ProgramaTerminado.h"
 
@@ -23,10 +24,10 @@ constexpr const char* kSignificativosSinCeros = "123456789ABCDEFGHIJKLMNOPQRSTUV
 constexpr const char* kSignificativosConCeros = "0123456789ABCDEFGHIJKLMNOPQRSTUVXYZ";
 constexpr const char* kNoNumericos = " ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
-/// Mid(texto, inicio, largo) with `inicio` from 1; empty past the end.
+/// Mid(texto, inicio, largo) with `inicio` from 1, in characters (a code
+/// may hold "Ñ" or accented letters); empty past the end.
 std::string Medio(const std::string& texto, size_t inicio, size_t largo = std::string::npos) {
-    if (inicio < 1 || inicio > texto.size()) return "";
-    return texto.substr(inicio - 1, largo);
+    return MedioCaracteres(texto, inicio, largo);
 }
 
 std::string RecortaBlancos(const std::string& t) {
@@ -35,7 +36,7 @@ std::string RecortaBlancos(const std::string& t) {
     return t.substr(a, t.find_last_not_of(' ') - a + 1);
 }
 
-std::string Mayusculas(std::string t) {
+std::string MayusculasAscii(std::string t) {
     for (char& c : t) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     return t;
 }
@@ -118,10 +119,7 @@ std::string FormatoDeCeros(const std::string& pieza, size_t ancho) {
 std::string RellenaPieza(const Sesion& s, const std::string& pieza, int nivel) {
     std::string ceros = CerosDeNivel(s, nivel);
     std::string p = pieza;
-    if (p.size() != ceros.size()) {
-        std::string junto = ceros + p;
-        p = junto.substr(junto.size() - ceros.size());
-    }
+    if (LongitudCaracteres(p) != ceros.size()) p = DerechaCaracteres(ceros + p, ceros.size());
     if (p.empty()) return p;
     return EsTextoNumerico(p) ? FormatoDeCeros(p, ceros.size()) : p;
 }
@@ -178,10 +176,10 @@ int NivelesPorLongitud(const Sesion& s, const std::string& texto) {
         for (char c : texto) guiones += c == '-';
         return guiones + 1;
     }
-    size_t suma = 0;
+    size_t largo = LongitudCaracteres(texto), suma = 0;
     for (int i = 1; i <= s.NumeroNiveles; ++i) {
         suma += static_cast<size_t>(LongitudNivel(s, i));
-        if (texto.size() <= suma) return i;
+        if (largo <= suma) return i;
     }
     return s.NumeroNiveles + 1;
 }
@@ -218,7 +216,7 @@ std::string FormateaCuenta(Sesion& s, const std::string& cuenta) {
         resultado += Medio(cuenta, p, largo) + s.SeparadorEmpresa;
         p += largo;
     }
-    resultado.pop_back();  // the last separator (one character)
+    resultado.resize(resultado.size() - s.SeparadorEmpresa.size());  // the last separator
     return resultado;
 }
 
@@ -270,16 +268,17 @@ std::string CuentaHastaNivel(Sesion& s, const std::string& cuenta, int nivel) {
 std::vector<int> PosicionesSeparador(const Sesion& s) {
     std::vector<int> lista;
     if (!s.SeparadorEmpresa.empty()) {
-        for (size_t i = 0; i < s.FormatoCtaEmpresa.size(); ++i)
-            if (s.FormatoCtaEmpresa.compare(i, s.SeparadorEmpresa.size(), s.SeparadorEmpresa) == 0)
-                lista.push_back(static_cast<int>(i + 1));
+        size_t largo = LongitudCaracteres(s.FormatoCtaEmpresa);
+        for (size_t p = 1; p <= largo; ++p)
+            if (Medio(s.FormatoCtaEmpresa, p, 1) == s.SeparadorEmpresa) lista.push_back(static_cast<int>(p));
     }
     if (lista.empty()) lista.push_back(0);  // the one empty element
     return lista;
 }
 
 bool CuentaCumpleFormato(const Sesion& s, const std::string& texto, const std::vector<int>& lista) {
-    for (size_t p = 1; p <= texto.size(); ++p) {
+    size_t largo = LongitudCaracteres(texto);
+    for (size_t p = 1; p <= largo; ++p) {
         std::string caracter = Medio(texto, p, 1);
         if (caracter.empty()) return true;
         int posicion = static_cast<int>(p);
@@ -299,12 +298,12 @@ bool EsPosicionSeparador(const Sesion& s, int posicion, const std::string& carac
 bool CaracterCumpleMascara(const Sesion& s, int posicion, const std::string& caracter) {
     std::string letra = posicion < 1 ? "" : Medio(s.FormatoCtaEmpresa, static_cast<size_t>(posicion), 1);
     if (letra == "9") return Contiene(kDigitosMascara, caracter);
-    if (letra == "X" || letra == "A") return Contiene(kAlfanumericosMascara, Mayusculas(caracter));
+    if (letra == "X" || letra == "A") return Contiene(kAlfanumericosMascara, MayusculasAscii(caracter));
     return false;
 }
 
 bool EsTextoNumerico(const std::string& texto) {
-    std::string mayusculas = Mayusculas(texto);
+    std::string mayusculas = MayusculasAscii(texto);
     for (char c : mayusculas)
         if (Contiene(kNoNumericos, std::string(1, c))) return false;
     return true;
@@ -356,7 +355,7 @@ std::string NombreMesMayusculas(int mes) {
 }
 
 int NumeroDeMes(const std::string& nombre) {
-    std::string buscado = Mayusculas(nombre);
+    std::string buscado = MayusculasAscii(nombre);
     for (size_t i = 0; i < kAbreviaturasLeidas.size(); ++i)
         if (buscado == kAbreviaturasLeidas[i]) return static_cast<int>(i + 1);
     return 0;

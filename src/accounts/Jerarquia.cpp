@@ -5,6 +5,7 @@
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Catalogo.h"
 #include "pipeline/Inconsistencias.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -17,12 +18,12 @@ std::string RecortaBlancos(const std::string& t) {
     return t.substr(a, t.find_last_not_of(' ') - a + 1);
 }
 
-/// The first `niveles` levels of a code, cut with the session's lengths
-/// (a level past the structure adds nothing).
+/// The first `niveles` levels of a code, cut with the session's lengths in
+/// characters (a level past the structure adds nothing).
 std::string Primeros(const Sesion& s, const std::string& cuenta, int niveles) {
     size_t largo = 0;
     for (int i = 1; i <= niveles; ++i) largo += static_cast<size_t>(LongitudNivel(s, i));
-    return cuenta.substr(0, std::min(largo, cuenta.size()));
+    return IzquierdaCaracteres(cuenta, largo);
 }
 
 bool ExisteEnCuentas(BaseDatos& db, const std::string& cuenta) {

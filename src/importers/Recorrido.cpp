@@ -40,6 +40,11 @@ void AvanceLectura::valor(long n) {
     p_->cede();
 }
 
+void AvisaLectura(Sesion& s, const FuenteRegistros& fuente) {
+    std::string aviso = fuente.aviso();
+    if (!aviso.empty()) MsgAviso(s, aviso);
+}
+
 bool FilaEnBlanco(const Fila& fila) { return fila.texto.empty() && fila.vacia(); }
 
 }  // namespace velmorant

@@ -50,7 +50,8 @@ private:
 /// True when the row is blank: no text and no cell with anything in it.
 bool FilaEnBlanco(const Fila& fila);
 
-/// Runs `procesa(fila)` on every row of `fuente` by `reglas`, inside one
+/// Runs `procesa(fila)` on every row of `fuente` by `reglas` (after the
+/// source's notice of how it was read, if any), inside one
 /// transaction over the session's company connection (to which the run's
 /// stores are attached). A row that throws anything but the program's end
 /// or a read error of its own is a fault of that row (FallaFila); the
@@ -60,8 +61,12 @@ void RecorreFilas(Sesion& s, FuenteRegistros& fuente, const ReglasRecorrido& reg
 
 // ------------------------------------------------------------ implementation
 
+/// Shows the source's notice of how it was read, when it has one.
+void AvisaLectura(Sesion& s, const FuenteRegistros& fuente);
+
 template <class F>
 void RecorreFilas(Sesion& s, FuenteRegistros& fuente, const ReglasRecorrido& reglas, F&& procesa) {
+    AvisaLectura(s, fuente);
     AvanceLectura avance(s, reglas.etiqueta, fuente.totalEstimado());
     Transaccion t(*s.DbEmpresa);
     long contador = 0;

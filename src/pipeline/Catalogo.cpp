@@ -7,6 +7,7 @@
 
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Inconsistencias.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 #include "store/AlmacenesTemporales.h"
 
@@ -14,21 +15,8 @@ namespace velmorant {
 
 namespace {
 
-/// Width of `InconsisImpTmp.Referencia`: a finding longer than that (a long
-/// description quoted in full) is cut, so that the row is written.
-constexpr size_t kLargoReferencia = 150;
 /// Characters of a description that the company keeps.
 constexpr size_t kLargoDescripcion = 60;
-
-/// The first `n` characters (not bytes) of a UTF-8 text.
-std::string Izquierda(const std::string& t, size_t n) {
-    size_t i = 0;
-    for (size_t contados = 0; i < t.size() && contados < n; ++contados) {
-        auto c = static_cast<unsigned char>(t[i]);
-        i += c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 1;
-    }
-    return t.substr(0, std::min(i, t.size()));
-}
 
 std::string RecortaBlancos(const std::string& t) {
     size_t a = t.find_first_not_of(' ');
@@ -38,12 +26,12 @@ std::string RecortaBlancos(const std::string& t) {
 
 /// The description as the company keeps it: cleaned, cut, trimmed.
 std::string DescripcionEmpresa(const Valor& descripcion) {
-    return RecortaBlancos(Izquierda(QuitaCaracteresEspeciales(SiNuloTexto(descripcion)), kLargoDescripcion));
+    return RecortaBlancos(IzquierdaCaracteres(QuitaCaracteresEspeciales(SiNuloTexto(descripcion)), kLargoDescripcion));
 }
 
 void Registra(Sesion& s, const std::string& referencia, int fuente, const std::string& clasif,
               const std::string& cuenta) {
-    RegistraInconsistencia(s, Izquierda(referencia, kLargoReferencia), fuente, clasif, "", "", std::nullopt, cuenta);
+    RegistraInconsistencia(s, referencia, fuente, clasif, "", "", std::nullopt, cuenta);
 }
 
 /// The first store row with this key, or an empty recordset.
@@ -86,8 +74,10 @@ void CompararCuenta(Sesion& s, BaseDatos& db, const Consulta& empresa) {
 
     std::string nueva = QuitaCaracteresEspeciales(SiNuloTexto(tmp["Descripcion"]));
     std::string anterior = QuitaCaracteresEspeciales(SiNuloTexto(empresa["Descripcion"]));
-    if (QuitaCaracteresEspeciales(Izquierda(SiNuloTexto(tmp["Descripcion"]), kLargoDescripcion)) != anterior)
-        Registra(s, "La descripción de la cuenta ha cambiado: Anterior -> " + anterior + " Nueva -> " + nueva + ".",
+    if (QuitaCaracteresEspeciales(IzquierdaCaracteres(SiNuloTexto(tmp["Descripcion"]), kLargoDescripcion)) != anterior)
+        Registra(s,
+                 ComponeReferencia({{"La descripción de la cuenta ha cambiado: Anterior -> "}, Dato(anterior),
+                                    {" Nueva -> "}, Dato(nueva), {"."}}),
                  kFuenteCatalogo, "C", SiNuloTexto(cuenta));
 
     Consulta balanza = FilaEmpresa(db, "Balanzas", "SaldoInicial", cuenta);
@@ -152,8 +142,8 @@ void RegistraCuentasNuevas(Sesion& s, Progreso& barra) {
         barra.valor(++n);
         std::string cuenta = SiNuloTexto(nuevas["CuentaSinSeparadores"]);
         Registra(s,
-                 "Se dió de Alta una nueva Cuenta: " + FormateaCuenta(s, cuenta) + " " +
-                     QuitaCaracteresEspeciales(SiNuloTexto(nuevas["Descripcion"])) + ".",
+                 ComponeReferencia({{"Se dió de Alta una nueva Cuenta: "}, Dato(FormateaCuenta(s, cuenta)), {" "},
+                                    Dato(QuitaCaracteresEspeciales(SiNuloTexto(nuevas["Descripcion"]))), {"."}}),
                  kFuenteCatalogo, "A", cuenta);
     }
     t.confirma();

@@ -14,11 +14,6 @@ namespace velmorant {
 
 namespace {
 
-// The log's `Referencia` holds 150 characters; a longer finding (a long
-// concept or reference quoted in full) is cut there rather than failing
-// the step.
-constexpr size_t kLongitudReferencia = 150;
-
 // Searches by key take the first match in table order (rowid), as a walk of
 // the whole table would find it; the identity index keeps equal keys in
 // rowid order, so the search is one index probe. A voucher of months 1 to 12
@@ -118,16 +113,6 @@ std::optional<Encabezado> BuscaPorClave(BaseDatos& db, bool enTmp, bool mes13, c
 
 // ------------------------------------------------------------------ Texts
 
-/// The first `n` characters of a UTF-8 text.
-std::string Corta(const std::string& t, size_t n) {
-    size_t i = 0;
-    for (size_t k = 0; k < n && i < t.size(); ++k) {
-        ++i;
-        while (i < t.size() && (static_cast<unsigned char>(t[i]) & 0xC0) == 0x80) ++i;
-    }
-    return t.substr(0, i);
-}
-
 /// Blanks removed at both ends, as the legacy Trim did (spaces only).
 std::string QuitaBlancos(const std::string& t) {
     size_t a = t.find_first_not_of(' ');
@@ -153,7 +138,7 @@ std::string TextoMoneda(const Valor& v) { return v.moneda().formatoMoneda(); }
 
 void Registra(Sesion& s, const std::string& texto, const char* clasif, const Encabezado& poliza,
               const std::string& cuenta) {
-    RegistraInconsistencia(s, Corta(texto, kLongitudReferencia), kFuentePolizas, clasif, SiNuloTexto(poliza.Poliza),
+    RegistraInconsistencia(s, texto, kFuentePolizas, clasif, SiNuloTexto(poliza.Poliza),
                            SiNuloTexto(poliza.Tipo), poliza.Fecha.fecha(), cuenta);
 }
 
@@ -221,9 +206,9 @@ bool ExistePorContenido(const std::vector<Linea>& lineas, const Linea& vieja) {
 void RegistraBajaDeLinea(Sesion& s, const Encabezado& anterior, const Linea& vieja) {
     std::string nombre = SiNuloTexto(vieja.TipoMov) == "D" ? "Cargo" : "Abono";
     Registra(s,
-             "La Partida : " + SiNuloTexto(vieja.Partida) + ", Referencia: " +
-                 QuitaCaracteresEspeciales(SiNuloTexto(vieja.Referencia)) + ", " + nombre + " por " +
-                 TextoMoneda(vieja.Importe) + " de la póliza se dió de baja.",
+             ComponeReferencia({{"La Partida : " + SiNuloTexto(vieja.Partida) + ", Referencia: "},
+                                Dato(QuitaCaracteresEspeciales(SiNuloTexto(vieja.Referencia))),
+                                {", " + nombre + " por " + TextoMoneda(vieja.Importe) + " de la póliza se dió de baja."}}),
              "C", anterior, SiNuloTexto(vieja.Cuenta));
 }
 
@@ -236,19 +221,20 @@ void ComparaCampos(Sesion& s, const Encabezado& anterior, Cabecera& cabecera, co
         Registra(s, texto, "C", anterior, cuenta);
     };
     if (cuenta != SiNuloTexto(nueva.Cuenta))
-        registra(partida + " Cuenta -> Anterior: " + FormateaCuenta(s, cuenta) +
-                     "  Nueva: " + FormateaCuenta(s, SiNuloTexto(nueva.Cuenta)),
+        registra(ComponeReferencia({{partida + " Cuenta -> Anterior: "}, Dato(FormateaCuenta(s, cuenta)),
+                                    {"  Nueva: "}, Dato(FormateaCuenta(s, SiNuloTexto(nueva.Cuenta)))}),
                  "");
     if (SiNuloTexto(vieja.TipoMov) != SiNuloTexto(nueva.TipoMov))
-        registra(partida + " Tipo de Movimiento -> Anterior: " + SiNuloTexto(vieja.TipoMov) +
-                     "  Nuevo: " + SiNuloTexto(nueva.TipoMov),
+        registra(ComponeReferencia({{partida + " Tipo de Movimiento -> Anterior: "}, Dato(SiNuloTexto(vieja.TipoMov)),
+                                    {"  Nuevo: "}, Dato(SiNuloTexto(nueva.TipoMov))}),
                  "");
     if (vieja.Importe.moneda() != nueva.Importe.moneda())
         registra(partida + " Importe -> Anterior: " + TextoMoneda(vieja.Importe) + " Nuevo: " + TextoMoneda(nueva.Importe), "");
     const std::string referenciaNueva = QuitaCaracteresEspeciales(SiNuloTexto(nueva.Referencia));
     if (SiNuloTexto(vieja.Referencia) != QuitaBlancos(referenciaNueva))
-        registra(partida + " Referencia -> Anterior: " + QuitaCaracteresEspeciales(SiNuloTexto(vieja.Referencia)) +
-                     "  Nuevo: " + referenciaNueva,
+        registra(ComponeReferencia({{partida + " Referencia -> Anterior: "},
+                                    Dato(QuitaCaracteresEspeciales(SiNuloTexto(vieja.Referencia))), {"  Nuevo: "},
+                                    Dato(referenciaNueva)}),
                  cuenta);
 }
 
@@ -271,8 +257,9 @@ void ComparaEncabezado(Sesion& s, const Encabezado& anterior, const Encabezado& 
     if (SiNuloTexto(anterior.Concepto) != SiNuloTexto(nueva.Concepto)) {
         cabecera.asegura();
         Registra(s,
-                 "Concepto, Anterior -> " + QuitaCaracteresEspeciales(SiNuloTexto(anterior.Concepto)) +
-                     " Nuevo -> " + SiNuloTexto(nueva.Concepto) + ".",
+                 ComponeReferencia({{"Concepto, Anterior -> "},
+                                    Dato(QuitaCaracteresEspeciales(SiNuloTexto(anterior.Concepto))), {" Nuevo -> "},
+                                    Dato(SiNuloTexto(nueva.Concepto)), {"."}}),
                  "C", anterior, "");
     }
     auto fechaAnterior = anterior.Fecha.fecha(), fechaNueva = nueva.Fecha.fecha();

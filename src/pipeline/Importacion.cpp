@@ -30,6 +30,12 @@ namespace {
 constexpr const char* kAliasEmpresas = kAliasEmpresasRun;
 
 
+// Detaches the company table when the commit attached it.
+void SeparaEmpresas(BaseDatos& db) {
+    if (!db.escalar("SELECT name FROM pragma_database_list WHERE name = ?", kAliasEmpresas).esNulo())
+        db.separa(kAliasEmpresas);
+}
+
 // One run: its session, its importer and the name of the step in hand, so
 // that a failure can say where it happened.
 class Corrida {
@@ -132,7 +138,6 @@ void Corrida::leePolizas(const ArchivosImportacion& a) {
     if (imp_.tipo() == TipoImportacion::ArchivoUnico) {
         paso("ImportaPolizas", [&] { imp_.ImportaPolizas(s_, *destino_, a); });
         s_.UltimoMesNuevo = static_cast<std::int16_t>(MesesConPolizasTmp(*s_.DbEmpresa));
-        paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
         for (int mes = 1; mes <= s_.UltimoMesNuevo; ++mes) comparaMes(mes);
         if (llegaADiciembre()) comparaMes(13);
         return;
@@ -149,7 +154,6 @@ void Corrida::leePolizas(const ArchivosImportacion& a) {
         GuardaAjuste(kAplicacionPropia, kSeccionConfiguracion, "VerPolizas", std::to_string(mes));
     }
     s_.UltimoMesNuevo = static_cast<std::int16_t>(MesesConPolizasTmp(*s_.DbEmpresa));
-    paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
 }
 
 // Phase A up to the vouchers. A source that cannot be read ends the
@@ -209,9 +213,13 @@ void Corrida::cierraAlmacenes() {
 template <class F>
 bool Corrida::enTransaccion(F&& f) {
     BaseDatos& db = *s_.DbEmpresa;
-    db.adjunta(RutaBaseDatos(s_.RutaBase, kArchivoEmpresas), kAliasEmpresas);
     bool hecho = false;
     try {
+        // The opening has names of its own, so that a failure there (the
+        // company locked by another program) is not put on the step before.
+        paso_ = "adjuntar Empresas";
+        db.adjunta(RutaBaseDatos(s_.RutaBase, kArchivoEmpresas), kAliasEmpresas);
+        paso_ = "inicio de la transacción";
         Transaccion t(db);
         f();
         paso_ = "confirmación";
@@ -219,7 +227,7 @@ bool Corrida::enTransaccion(F&& f) {
         t.confirma();
         hecho = true;
     } catch (const ProgramaTerminado&) {
-        db.separa(kAliasEmpresas);
+        SeparaEmpresas(db);
         throw;
     } catch (const std::exception& e) {
         barra().visible(false);
@@ -227,7 +235,7 @@ bool Corrida::enTransaccion(F&& f) {
                            "\r\nLa información de la empresa quedó como estaba antes de la importación.");
     }
     cierraAlmacenes();
-    db.separa(kAliasEmpresas);
+    SeparaEmpresas(db);
     return hecho;
 }
 
@@ -246,6 +254,9 @@ void Corrida::confirmaImportacion() {
     paso("DeterminaTipoCuentas", [&] { DeterminaTipoCuentas(s_, barra()); });
     paso("GuardaSaldoInicial", [&] { GuardaSaldoInicial(s_, barra()); });
     CierraCuentasTmp(s_);
+    // The new voucher types are the company's only once the run commits: a
+    // run refused or cancelled in phase A leaves the catalogue as it was.
+    paso("RegistraTiposPoliza", [&] { RegistraTiposPoliza(s_); });
     paso("Polizas", [&] {
         db.ejecuta("DELETE FROM Polizas");
         db.ejecuta("DELETE FROM Polizas_Detalle");

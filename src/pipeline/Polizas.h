@@ -44,7 +44,9 @@ long SiguienteIdPoliza(Sesion& s);
 bool ExistePolizaTmp(Sesion& s, const std::string& poliza, const std::string& tipo, const Fecha& fecha, bool esMes13);
 
 /// Adds to `CatTipoPoliza` each voucher type of `Polizas_Tmp` it lacks, with
-/// the type as its own description. Existing rows stay as they are.
+/// the type as its own description. Existing rows stay as they are. The run
+/// calls it inside the commit's transaction, so that a refused or cancelled
+/// run adds nothing.
 void RegistraTiposPoliza(Sesion& s);
 
 /// When `CatTipoPoliza` holds the letter codes "Dr", "Ig" or "Eg", rewrites

@@ -1,5 +1,6 @@
 #include "platform/ArchivoTexto.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/ErrorLectura.h"
@@ -30,47 +31,35 @@ void AgregaUtf8(std::string& r, char32_t c) {
     }
 }
 
-// Validates UTF-8 fed in pieces; a sequence may straddle two pieces.
-class ValidadorUtf8 {
-public:
-    void alimenta(std::string_view bytes) {
-        for (unsigned char b : bytes) {
-            if (!valido_) return;
-            if (b >= 0x80) altos_ = true;
-            if (faltan_ == 0) {
-                inicia(b);
-                continue;
-            }
-            if (b < minimo_ || b > maximo_) {
-                valido_ = false;
-                return;
-            }
-            minimo_ = 0x80, maximo_ = 0xBF;
-            --faltan_;
-        }
+// Length of the well-made UTF-8 sequence that starts at `p` (2 to 4 bytes;
+// no overlong forms, no surrogates, nothing above U+10FFFF); 0 when the
+// bytes there start none; -1 when the `n` bytes given end before it could
+// be told.
+int SecuenciaUtf8(const unsigned char* p, size_t n) {
+    unsigned char b = p[0], minimo = 0x80, maximo = 0xBF;
+    int largo;
+    if (b >= 0xC2 && b <= 0xDF) largo = 2;
+    else if (b == 0xE0) largo = 3, minimo = 0xA0;  // no overlong forms
+    else if (b == 0xED) largo = 3, maximo = 0x9F;  // no surrogates
+    else if (b >= 0xE1 && b <= 0xEF) largo = 3;
+    else if (b == 0xF0) largo = 4, minimo = 0x90;
+    else if (b == 0xF4) largo = 4, maximo = 0x8F;  // up to U+10FFFF
+    else if (b >= 0xF1 && b <= 0xF3) largo = 4;
+    else return 0;
+    for (int i = 1; i < largo; ++i) {
+        if (static_cast<size_t>(i) >= n) return -1;
+        unsigned char c = p[i];
+        if (c < (i == 1 ? minimo : 0x80) || c > (i == 1 ? maximo : 0xBF)) return 0;
     }
-    bool valido() const { return valido_ && faltan_ == 0; }
-    bool roto() const { return !valido_; }
-    bool conAltos() const { return altos_; }
+    return largo;
+}
 
-private:
-    bool valido_ = true, altos_ = false;
-    int faltan_ = 0;
-    unsigned char minimo_ = 0x80, maximo_ = 0xBF;  // range of the next continuation byte
-
-    void inicia(unsigned char b) {
-        minimo_ = 0x80, maximo_ = 0xBF;
-        if (b < 0x80) return;
-        if (b >= 0xC2 && b <= 0xDF) faltan_ = 1;
-        else if (b == 0xE0) faltan_ = 2, minimo_ = 0xA0;               // no overlong forms
-        else if (b == 0xED) faltan_ = 2, maximo_ = 0x9F;               // no surrogates
-        else if (b >= 0xE1 && b <= 0xEF) faltan_ = 2;
-        else if (b == 0xF0) faltan_ = 3, minimo_ = 0x90;
-        else if (b == 0xF4) faltan_ = 3, maximo_ = 0x8F;               // up to U+10FFFF
-        else if (b >= 0xF1 && b <= 0xF3) faltan_ = 3;
-        else valido_ = false;
-    }
-};
+// Windows-1252 of one byte, appended as UTF-8.
+void Agrega1252(std::string& r, unsigned char b) {
+    if (b < 0x80) r += static_cast<char>(b);
+    else if (b < 0xA0) AgregaUtf8(r, kAltos1252[b - 0x80]);
+    else AgregaUtf8(r, b);
+}
 
 constexpr char kBom[] = "\xEF\xBB\xBF";
 
@@ -85,59 +74,210 @@ std::FILE* Abre(const std::string& ruta) { return std::fopen(ruta.c_str(), "rb")
 std::string DecodificaWindows1252(std::string_view bytes) {
     std::string r;
     r.reserve(bytes.size() + bytes.size() / 8);
-    for (unsigned char b : bytes) {
-        if (b < 0x80) r += static_cast<char>(b);
-        else if (b < 0xA0) AgregaUtf8(r, kAltos1252[b - 0x80]);
-        else AgregaUtf8(r, b);
+    for (unsigned char b : bytes) Agrega1252(r, b);
+    return r;
+}
+
+std::string DecodificaUtf8Mixto(std::string_view bytes) {
+    std::string r;
+    r.reserve(bytes.size());
+    auto p = reinterpret_cast<const unsigned char*>(bytes.data());
+    for (size_t i = 0; i < bytes.size();) {
+        if (p[i] < 0x80) {
+            r += static_cast<char>(p[i++]);
+            continue;
+        }
+        int largo = SecuenciaUtf8(p + i, bytes.size() - i);
+        if (largo > 0) {
+            r.append(bytes.data() + i, static_cast<size_t>(largo));
+            i += static_cast<size_t>(largo);
+        } else {
+            Agrega1252(r, p[i++]);
+        }
     }
     return r;
 }
 
 bool EsUtf8Valido(std::string_view bytes) {
-    ValidadorUtf8 v;
-    v.alimenta(bytes);
-    return v.valido();
+    auto p = reinterpret_cast<const unsigned char*>(bytes.data());
+    for (size_t i = 0; i < bytes.size();) {
+        if (p[i] < 0x80) {
+            ++i;
+            continue;
+        }
+        int largo = SecuenciaUtf8(p + i, bytes.size() - i);
+        if (largo <= 0) return false;
+        i += static_cast<size_t>(largo);
+    }
+    return true;
 }
 
-CodificacionTexto DetectaCodificacion(const std::string& ruta) {
+namespace {
+
+// The encoding a byte order mark gives, and its length; 0 without one.
+size_t Marca(std::string_view inicio, CodificacionTexto& c) {
+    if (inicio.substr(0, 3) == kBom) {
+        c = CodificacionTexto::Utf8;
+        return 3;
+    }
+    if (inicio.substr(0, 2) == "\xFF\xFE" || inicio.substr(0, 2) == "\xFE\xFF") {
+        c = inicio[0] == '\xFF' ? CodificacionTexto::Utf16LE : CodificacionTexto::Utf16BE;
+        return 2;
+    }
+    return 0;
+}
+
+std::string Cuenta(long n, const char* uno, const char* varios) {
+    return n == 1 ? std::string(uno) : std::to_string(n) + " " + varios;
+}
+
+}  // namespace
+
+DiagnosticoTexto AnalizaTexto(const std::string& ruta) {
     std::FILE* f = Abre(ruta);
     if (!f) NoSePuedeAbrir(ruta);
+    DiagnosticoTexto d;
     std::vector<char> bloque(kBloque);
-    ValidadorUtf8 v;
-    bool primero = true, conBom = false;
+    std::string resto;  // the start of a sequence cut by the end of a block
+    long linea = 1;
+    bool trasCR = false, primero = true;
     for (size_t n; (n = std::fread(bloque.data(), 1, bloque.size(), f)) > 0;) {
-        std::string_view trozo(bloque.data(), n);
-        if (primero && trozo.substr(0, 3) == kBom) conBom = true;
-        primero = false;
-        if (conBom) break;
-        v.alimenta(trozo);
-        if (v.roto()) break;
+        std::string trozo = resto + std::string(bloque.data(), n);
+        resto.clear();
+        size_t desde = 0;
+        if (primero) {
+            primero = false;
+            desde = Marca(trozo, d.codificacion);
+            d.conMarca = desde > 0;
+            if (d.codificacion == CodificacionTexto::Utf16LE || d.codificacion == CodificacionTexto::Utf16BE) break;
+        }
+        auto p = reinterpret_cast<const unsigned char*>(trozo.data());
+        for (size_t i = desde; i < trozo.size();) {
+            unsigned char b = p[i];
+            if (b < 0x80) {
+                if (b == 0 && d.nulos++ == 0) d.lineaPrimerNulo = linea;
+                if (b == '\n' && !trasCR) ++linea;
+                if (b == '\r') ++linea;
+                trasCR = b == '\r';
+                ++i;
+                continue;
+            }
+            trasCR = false;
+            int largo = SecuenciaUtf8(p + i, trozo.size() - i);
+            if (largo < 0) {  // finished by the next block
+                resto = trozo.substr(i);
+                break;
+            }
+            if (largo > 0) {
+                ++d.secuenciasUtf8;
+                i += static_cast<size_t>(largo);
+            } else {
+                ++d.bytesSueltos;
+                ++i;
+            }
+        }
     }
     std::fclose(f);
-    if (conBom) return CodificacionTexto::Utf8;
-    return v.valido() && v.conAltos() ? CodificacionTexto::Utf8 : CodificacionTexto::Windows1252;
+    d.bytesSueltos += static_cast<long>(resto.size());  // cut short by the end of the file
+    if (!d.conMarca)
+        d.codificacion = d.secuenciasUtf8 > 0 && d.secuenciasUtf8 >= d.bytesSueltos ? CodificacionTexto::Utf8
+                                                                                      : CodificacionTexto::Windows1252;
+    return d;
+}
+
+CodificacionTexto DetectaCodificacion(const std::string& ruta) { return AnalizaTexto(ruta).codificacion; }
+
+std::string AvisoLecturaTexto(const std::string& ruta, const DiagnosticoTexto& d) {
+    std::string aviso;
+    if (d.mixta()) {
+        aviso = "El archivo " + ruta + " mezcla codificaciones: " +
+                Cuenta(d.secuenciasUtf8, "un carácter escrito en UTF-8", "caracteres escritos en UTF-8") + " y " +
+                Cuenta(d.bytesSueltos, "un byte que no lo es", "bytes que no lo son") + ". ";
+        aviso += d.codificacion == CodificacionTexto::Utf8
+                     ? "Se leyó como UTF-8, y cada byte que no lo es como Windows-1252."
+                     : "Se leyó como Windows-1252; revise los acentos de lo que estaba escrito en UTF-8.";
+    }
+    if (d.nulos > 0) {
+        if (!aviso.empty()) aviso += "\r\n";
+        aviso += "El archivo " + ruta + " contiene " +
+                 Cuenta(d.nulos, "un carácter nulo", "caracteres nulos") + " (" +
+                 (d.nulos == 1 ? "en la línea " : "el primero en la línea ") + std::to_string(d.lineaPrimerNulo) +
+                 "): se omiti" + (d.nulos == 1 ? "ó" : "eron") + " y se conservó el resto de cada línea.";
+    }
+    return aviso;
 }
 
 ArchivoTexto::ArchivoTexto(const std::string& ruta) : ruta_(ruta), bufer_(kBloque) {
-    codificacion_ = DetectaCodificacion(ruta);
+    diagnostico_ = AnalizaTexto(ruta);
     archivo_ = Abre(ruta);
     if (!archivo_) NoSePuedeAbrir(ruta);
-    if (codificacion_ == CodificacionTexto::Utf8 && llena() && fin_ - inicio_ >= 3 &&
-        std::memcmp(bufer_.data() + inicio_, kBom, 3) == 0)
-        inicio_ += 3;
+    if (diagnostico_.conMarca) {  // the mark is no part of the text
+        char marca[3];
+        size_t largo = diagnostico_.codificacion == CodificacionTexto::Utf8 ? 3 : 2;
+        if (std::fread(marca, 1, largo, archivo_) != largo) finArchivo_ = true;
+    }
 }
 
 ArchivoTexto::~ArchivoTexto() {
     if (archivo_) std::fclose(archivo_);
 }
 
+bool ArchivoTexto::esUtf16() const {
+    return diagnostico_.codificacion == CodificacionTexto::Utf16LE ||
+           diagnostico_.codificacion == CodificacionTexto::Utf16BE;
+}
+
 bool ArchivoTexto::llena() {
     if (inicio_ < fin_) return true;
-    if (finArchivo_) return false;
-    inicio_ = 0;
-    fin_ = std::fread(bufer_.data(), 1, bufer_.size(), archivo_);
-    if (fin_ == 0) finArchivo_ = true;
-    return fin_ > 0;
+    inicio_ = fin_ = 0;
+    if (!esUtf16()) {
+        if (finArchivo_) return false;
+        fin_ = std::fread(bufer_.data(), 1, bufer_.size(), archivo_);
+        if (fin_ == 0) finArchivo_ = true;
+        return fin_ > 0;
+    }
+    // UTF-16: each block read is made UTF-8 here, so that lines split on
+    // the bytes CR and LF as in any other file. A surrogate pair may
+    // straddle two blocks; a lone surrogate becomes U+FFFD.
+    const bool le = diagnostico_.codificacion == CodificacionTexto::Utf16LE;
+    std::string texto;
+    while (texto.empty() && !finArchivo_) {
+        char bloque[kBloque / 2];
+        size_t n = std::fread(bloque, 1, sizeof bloque, archivo_);
+        if (n == 0) finArchivo_ = true;
+        crudo_.append(bloque, n);
+        size_t i = 0;
+        for (; i + 1 < crudo_.size(); i += 2) {
+            auto a = static_cast<unsigned char>(crudo_[i]), b = static_cast<unsigned char>(crudo_[i + 1]);
+            char32_t u = le ? static_cast<char32_t>(a | (b << 8)) : static_cast<char32_t>((a << 8) | b);
+            if (altoPendiente_) {
+                if (u >= 0xDC00 && u <= 0xDFFF) {
+                    char32_t c = 0x10000 + ((altoPendiente_ - 0xD800) << 10) + (u - 0xDC00);
+                    texto += static_cast<char>(0xF0 | (c >> 18));
+                    texto += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+                    texto += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+                    texto += static_cast<char>(0x80 | (c & 0x3F));
+                    altoPendiente_ = 0;
+                    continue;
+                }
+                AgregaUtf8(texto, 0xFFFD);
+                altoPendiente_ = 0;
+            }
+            if (u >= 0xD800 && u <= 0xDBFF) altoPendiente_ = u;
+            else if (u >= 0xDC00 && u <= 0xDFFF) AgregaUtf8(texto, 0xFFFD);
+            else AgregaUtf8(texto, u);
+        }
+        crudo_.erase(0, i);
+        if (finArchivo_ && altoPendiente_) {
+            AgregaUtf8(texto, 0xFFFD);
+            altoPendiente_ = 0;
+        }
+    }
+    if (texto.empty()) return false;
+    if (bufer_.size() < texto.size()) bufer_.resize(texto.size());
+    std::memcpy(bufer_.data(), texto.data(), texto.size());
+    fin_ = texto.size();
+    return true;
 }
 
 bool ArchivoTexto::leeLinea(std::string& linea) {
@@ -167,13 +307,36 @@ bool ArchivoTexto::leeLinea(std::string& linea) {
     }
     if (!hayLinea) return false;
     ++numero_;
-    linea = codificacion_ == CodificacionTexto::Utf8 ? std::move(bytes) : DecodificaWindows1252(bytes);
+    // A NUL would end the field early wherever the text is stored or shown.
+    if (bytes.find('\0') != std::string::npos) bytes.erase(std::remove(bytes.begin(), bytes.end(), '\0'), bytes.end());
+    switch (diagnostico_.codificacion) {
+        case CodificacionTexto::Windows1252:
+            linea = DecodificaWindows1252(bytes);
+            break;
+        case CodificacionTexto::Utf8:
+            linea = diagnostico_.bytesSueltos == 0 ? std::move(bytes) : DecodificaUtf8Mixto(bytes);
+            break;
+        default:  // UTF-16, made UTF-8 as it was read
+            linea = std::move(bytes);
+    }
     return true;
 }
 
 long CuentaLineasTexto(const std::string& ruta) {
     std::FILE* f = Abre(ruta);
     if (!f) return 0;
+    char marca[2] = {0, 0};
+    bool utf16 = std::fread(marca, 1, 2, f) == 2 &&
+                 ((marca[0] == '\xFF' && marca[1] == '\xFE') || (marca[0] == '\xFE' && marca[1] == '\xFF'));
+    if (utf16) {  // its line ends are two bytes wide: the reader counts them
+        std::fclose(f);
+        ArchivoTexto a(ruta);
+        std::string linea;
+        while (a.leeLinea(linea)) {
+        }
+        return a.numeroLinea();
+    }
+    std::rewind(f);
     std::vector<char> bloque(kBloque);
     long lineas = 0;
     bool abierta = false;  // bytes read since the last line end

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cctype>
+#include <fstream>
+#include <iterator>
 
 namespace velmorant {
 
@@ -62,6 +64,8 @@ ErrorBaseDatos::ErrorBaseDatos(int codigo, const std::string& mensaje, std::stri
       codigo_(codigo),
       mensaje_(mensaje),
       sql_(std::move(sql)) {}
+
+bool ErrorBaseDatos::esDano() const { return codigo_ == SQLITE_NOTADB || codigo_ == SQLITE_CORRUPT; }
 
 // ---------------------------------------------------------------- Sentencia
 
@@ -288,7 +292,8 @@ void Tabla::actualiza() {
 // ---------------------------------------------------------------- BaseDatos
 
 BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta) {
-    int flags = modo == Modo::SoloLectura ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    // READWRITE falls back to reading only on a file the system write-protects.
+    int flags = SQLITE_OPEN_READWRITE;
     if (modo == Modo::Crear) flags |= SQLITE_OPEN_CREATE;
     int rc = sqlite3_open_v2(ruta.string().c_str(), &db_, flags, nullptr);
     if (rc != SQLITE_OK) {
@@ -298,7 +303,7 @@ BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta)
         throw ErrorBaseDatos(rc, msg + ": " + ruta.string(), "");
     }
     try {
-        configura();
+        configura(modo == Modo::SoloLectura);
     } catch (...) {
         cache_.clear();
         sqlite3_close(db_);
@@ -318,7 +323,7 @@ BaseDatos::~BaseDatos() {
     if (db_) sqlite3_close_v2(db_);
 }
 
-void BaseDatos::configura() {
+void BaseDatos::configura(bool soloLectura) {
     sqlite3_busy_timeout(db_, 5000);
     sqlite3_extended_result_codes(db_, 0);
     auto registra = [&](const char* nombre, int n, void (*f)(sqlite3_context*, int, sqlite3_value**)) {
@@ -332,6 +337,10 @@ void BaseDatos::configura() {
     // Reading the schema now makes a corrupt or foreign file fail at open,
     // and the journal mode keeps a commit atomic across attached files.
     ejecutaScript("PRAGMA schema_version");
+    if (soloLectura) {
+        ejecutaScript("PRAGMA query_only=ON");
+        return;
+    }
     if (ruta_ != ":memory:" && !sqlite3_db_readonly(db_, "main")) ejecutaScript("PRAGMA journal_mode=DELETE");
 }
 
@@ -379,6 +388,59 @@ std::vector<std::string> BaseDatos::columnas(const std::string& tabla, const std
     Consulta c = consulta("SELECT name FROM pragma_table_info(?, ?) ORDER BY cid", tabla, esquema);
     for (c.primero(); !c.eof(); c.siguiente()) r.push_back(c.campo(0).texto());
     return r;
+}
+
+// ------------------------------------------------------------ Super-journals
+
+namespace {
+
+bool JournalPendiente(const std::filesystem::path& journal) {
+    std::error_code ec;
+    return std::filesystem::is_regular_file(journal, ec) && std::filesystem::file_size(journal, ec) > 0 && !ec;
+}
+
+// The journals a super-journal names, each written as a NUL-terminated path.
+std::vector<std::string> JournalesNombrados(const std::filesystem::path& superJournal) {
+    std::ifstream f(superJournal, std::ios::binary);
+    std::string contenido((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
+    std::vector<std::string> r;
+    for (size_t desde = 0; desde < contenido.size();) {
+        size_t fin = contenido.find('\0', desde);
+        if (fin == std::string::npos) fin = contenido.size();
+        if (fin > desde) r.push_back(contenido.substr(desde, fin - desde));
+        desde = fin + 1;
+    }
+    return r;
+}
+
+}  // namespace
+
+int QuitaSuperJournalesHuerfanos(const std::filesystem::path& principal) {
+    namespace fs = std::filesystem;
+    const std::string prefijo = principal.filename().string() + "-mj";
+    const std::string sufijo = "-journal";
+    std::error_code ec;
+    std::vector<fs::path> superJournales;
+    for (auto& e : fs::directory_iterator(principal.parent_path(), ec))
+        if (e.path().filename().string().rfind(prefijo, 0) == 0) superJournales.push_back(e.path());
+    int quitados = 0;
+    for (auto& sj : superJournales) {
+        bool enUso = false;
+        for (const std::string& journal : JournalesNombrados(sj)) {
+            if (!JournalPendiente(journal) || journal.size() <= sufijo.size() ||
+                journal.compare(journal.size() - sufijo.size(), sufijo.size(), sufijo) != 0)
+                continue;
+            fs::path base = journal.substr(0, journal.size() - sufijo.size());
+            if (!fs::exists(base, ec)) continue;  // nothing left to play it back into
+            try {
+                BaseDatos db(base);  // the open reads the schema: a hot journal is played back
+            } catch (const ErrorBaseDatos&) {
+            }
+            enUso = enUso || JournalPendiente(journal);
+        }
+        if (!enUso && fs::remove(sj, ec)) ++quitados;
+    }
+    return quitados;
 }
 
 // -------------------------------------------------------------- Transaccion

@@ -34,6 +34,9 @@ class ErrorBaseDatos : public std::runtime_error {
 public:
     ErrorBaseDatos(int codigo, const std::string& mensaje, std::string sql);
     int codigo() const { return codigo_; }
+    /// The file is not a database of this engine, or its pages are damaged:
+    /// no retry will read it (unlike a busy or locked file).
+    bool esDano() const;
     const std::string& sql() const { return sql_; }
     const std::string& mensajeMotor() const { return mensaje_; }
 
@@ -160,6 +163,10 @@ public:
 
     /// Opens (or creates, with Modo::Crear) a store. A missing file in
     /// Existente mode, a corrupt file or a locked one throws ErrorBaseDatos.
+    /// SoloLectura refuses every write of its own, yet opens the file for
+    /// writing where the system allows it, so that the journal a killed
+    /// writer left behind is rolled back on the first read (a connection
+    /// without write access cannot, and every read would fail).
     explicit BaseDatos(const std::filesystem::path& ruta, Modo modo = Modo::Existente);
     /// An in-memory database.
     BaseDatos();
@@ -217,8 +224,17 @@ private:
     sqlite3* db_ = nullptr;
     std::filesystem::path ruta_;
     std::unordered_map<std::string, std::unique_ptr<Sentencia>> cache_;
-    void configura();
+    void configura(bool soloLectura = false);
 };
+
+/// Removes the super-journals that a process killed in a commit over
+/// several files left beside `principal` (the main database of that
+/// connection), once nothing needs them: each file they name whose journal
+/// is still pending is opened first, which plays that journal back while the
+/// super-journal still tells the engine to. One whose files cannot be
+/// brought back (busy: another program is committing) is left. Returns how
+/// many were removed.
+int QuitaSuperJournalesHuerfanos(const std::filesystem::path& principal);
 
 /// A transaction as a scoped object: rolled back unless confirma() is called.
 /// Nested scopes become savepoints.

@@ -14,4 +14,16 @@ std::string RecortaEspacios(std::string_view texto);
 /// Upper case of a UTF-8 text, accented letters included.
 std::string Mayusculas(const std::string& texto);
 
+// Positions and widths of UTF-8 texts count characters, never bytes: a code
+// or a description cut in the middle of an "Ñ" would be neither.
+/// Characters of a UTF-8 text (a stray byte counts as one).
+size_t LongitudCaracteres(std::string_view texto);
+/// The first `n` characters.
+std::string IzquierdaCaracteres(std::string_view texto, size_t n);
+/// The last `n` characters.
+std::string DerechaCaracteres(std::string_view texto, size_t n);
+/// Mid(texto, inicio, largo): `largo` characters from character `inicio`
+/// (from 1); the rest of the text when `largo` is npos; empty past the end.
+std::string MedioCaracteres(std::string_view texto, size_t inicio, size_t largo = std::string::npos);
+
 }  // namespace velmorant

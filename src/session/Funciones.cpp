@@ -144,10 +144,126 @@ std::string FechaDesdeTexto(const std::string& entrada) {
     return t;
 }
 
-std::optional<Fecha> LeeFecha(const std::string& t) {
-    std::string ddmmaaaa = FechaDesdeTexto(t);
-    if (ddmmaaaa.size() != 10 || ddmmaaaa[2] != '/' || ddmmaaaa[5] != '/') return std::nullopt;
-    Fecha f(std::stoi(ddmmaaaa.substr(6, 4)), std::stoi(ddmmaaaa.substr(3, 2)), std::stoi(ddmmaaaa.substr(0, 2)));
+namespace {
+
+// A real date of a "dd/MM/yyyy" text, as FechaDesdeTexto gives it.
+std::optional<Fecha> FechaDeDdMmAaaa(const std::string& t) {
+    if (t.size() != 10 || t[2] != '/' || t[5] != '/') return std::nullopt;
+    if (!SoloDigitos(t.substr(0, 2)) || !SoloDigitos(t.substr(3, 2)) || !SoloDigitos(t.substr(6, 4)))
+        return std::nullopt;
+    Fecha f(std::stoi(t.substr(6, 4)), std::stoi(t.substr(3, 2)), std::stoi(t.substr(0, 2)));
+    if (!f.valida()) return std::nullopt;
+    return f;
+}
+
+// Two-digit years of the sources, as the host's date conversion reads them:
+// a fixed window from 1930 to 2029.
+int AnioDeVentana(int anio) { return anio < 30 ? 2000 + anio : 1900 + anio; }
+
+std::string Minusculas(std::string t) {
+    for (char& c : t) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return t;
+}
+
+// 1 to 12 for a Spanish month name or abbreviation, in any case, with an
+// optional closing period ("ene", "Ene.", "enero", "sept", "setiembre");
+// 0 for anything else.
+int MesPorNombre(std::string t) {
+    t = Minusculas(t);
+    if (!t.empty() && t.back() == '.') t.pop_back();
+    static const char* const kNombres[12] = {"enero", "febrero", "marzo",      "abril",   "mayo",      "junio",
+                                             "julio", "agosto",  "septiembre", "octubre", "noviembre", "diciembre"};
+    for (int m = 0; m < 12; ++m)
+        if (t == kNombres[m] || t == std::string(kNombres[m]).substr(0, 3)) return m + 1;
+    if (t == "sept" || t == "set" || t == "setiembre") return 9;
+    return 0;
+}
+
+// Drops a time of day after the date: "hh:mm" or "hh:mm:ss", optionally
+// followed by "am"/"pm" ("a.m.", "p. m." ...), after a blank or an ISO "T".
+// False when a time is there but is not a valid one.
+bool QuitaHora(std::string& t) {
+    size_t p = t.find(':');
+    if (p == std::string::npos) return true;
+    size_t inicio = t.find_last_of(" T", p);
+    if (inicio == std::string::npos || inicio == 0) return false;
+    std::string hora = Minusculas(t.substr(inicio + 1));
+    t = Recorta(t.substr(0, inicio));
+    // The day-half mark, in its usual spellings.
+    std::string marca;
+    for (char c : hora)
+        if (c == 'a' || c == 'p' || c == 'm') marca += c;
+        else if (c != '.' && c != ' ' && !std::isdigit(static_cast<unsigned char>(c)) && c != ':') return false;
+    if (!marca.empty() && marca != "am" && marca != "pm") return false;
+    std::string cifras;
+    for (char c : hora)
+        if (std::isdigit(static_cast<unsigned char>(c)) || c == ':') cifras += c;
+    auto piezas = Divide(cifras, ':');
+    if (piezas.size() < 2 || piezas.size() > 3) return false;
+    int valores[3] = {0, 0, 0};
+    for (size_t i = 0; i < piezas.size(); ++i) {
+        if (!SoloDigitos(piezas[i]) || piezas[i].size() > 2) return false;
+        valores[i] = std::stoi(piezas[i]);
+    }
+    int maximaHora = marca.empty() ? 23 : 12;
+    return valores[0] <= maximaHora && valores[1] <= 59 && valores[2] <= 59 && (marca.empty() || valores[0] >= 1);
+}
+
+// The pieces of a date: split at "/", "-", "." or blanks, without the
+// Spanish "de" of "15 de enero de 2024".
+std::vector<std::string> PiezasDeFecha(const std::string& t) {
+    std::vector<std::string> piezas;
+    std::string actual;
+    auto cierra = [&] {
+        if (!actual.empty() && Minusculas(actual) != "de") piezas.push_back(actual);
+        actual.clear();
+    };
+    for (size_t i = 0; i < t.size(); ++i) {
+        char c = t[i];
+        // A period closes a month's abbreviation ("ene.") and separates numbers.
+        bool fin = c == '/' || c == '-' || c == ' ' || c == '\t' ||
+                   (c == '.' && (actual.empty() || std::isdigit(static_cast<unsigned char>(actual.back()))));
+        if (c == '.' && !fin) {
+            actual += c;
+            continue;
+        }
+        if (fin) cierra();
+        else actual += c;
+    }
+    cierra();
+    return piezas;
+}
+
+}  // namespace
+
+std::optional<Fecha> LeeFecha(const std::string& entrada) {
+    std::string t = Recorta(entrada);
+    if (!QuitaHora(t)) return std::nullopt;
+    if (t.size() == 6 && SoloDigitos(t))  // ddMMaa
+        t = t.substr(0, 2) + "/" + t.substr(2, 2) + "/" + t.substr(4, 2);
+    auto piezas = PiezasDeFecha(t);
+    if (piezas.size() != 3) return std::nullopt;
+    long dia = 0, mes = 0, anio = 0;
+    std::string textoAnio;
+    if (SoloDigitos(piezas[0]) && piezas[0].size() == 4 && SoloDigitos(piezas[1]) && SoloDigitos(piezas[2]) &&
+        piezas[2].size() <= 2) {
+        // Year first (ISO).
+        textoAnio = piezas[0];
+        mes = std::stol(piezas[1]);
+        dia = std::stol(piezas[2]);
+    } else {
+        if (!SoloDigitos(piezas[0]) || !SoloDigitos(piezas[2]) || piezas[0].size() > 2) return std::nullopt;
+        dia = std::stol(piezas[0]);
+        textoAnio = piezas[2];
+        if (SoloDigitos(piezas[1]))
+            mes = piezas[1].size() <= 2 ? std::stol(piezas[1]) : 0;
+        else
+            mes = MesPorNombre(piezas[1]);
+    }
+    if (textoAnio.size() > 4) return std::nullopt;
+    anio = std::stol(textoAnio);
+    if (textoAnio.size() <= 2) anio = AnioDeVentana(static_cast<int>(anio));
+    Fecha f(static_cast<int>(anio), static_cast<int>(mes), static_cast<int>(dia));
     if (!f.valida()) return std::nullopt;
     return f;
 }
@@ -155,8 +271,9 @@ std::optional<Fecha> LeeFecha(const std::string& t) {
 std::string FechaSql(const Valor& v) {
     if (v.esNulo() || Recorta(v.texto()).empty()) return Fecha::desdeSerial(2).mmddaaaa();
     if (auto f = v.fecha()) return f->mmddaaaa();
-    if (auto f = LeeFecha(v.texto())) return f->mmddaaaa();
-    return FechaDesdeTexto(v.texto());
+    std::string ddmmaaaa = FechaDesdeTexto(v.texto());
+    if (auto f = FechaDeDdMmAaaa(ddmmaaaa)) return f->mmddaaaa();
+    return ddmmaaaa;
 }
 
 bool ValidaFecha(Sesion& s, const std::string& entrada) {

@@ -54,7 +54,13 @@ void CedeProgreso(Sesion& s);
 /// first; six characters read as ddMMaa. Two-digit years become 20yy up to
 /// 15 and 19yy above. Any other text is returned unchanged.
 std::string FechaDesdeTexto(const std::string& t);
-/// The one date reader of the sources: FechaDesdeTexto, then a real date.
+/// The one date reader of the sources, as the host's date conversion reads
+/// a date text: day first ("15/01/2024", "15-1-24", "150124"), or year first
+/// when the first piece has four digits ("2024-01-15"); the month may be a
+/// Spanish name or abbreviation ("15-ene-2024", "15 de enero de 2024"); a
+/// time of day after the date is accepted and dropped ("15/01/2024
+/// 00:00:00", "... 3:05 p.m."). Two-digit years fall in 1930 to 2029.
+/// Nothing when the text is not a real date.
 std::optional<Fecha> LeeFecha(const std::string& t);
 /// "mm/dd/yyyy" of a value: blank gives "01/01/1900"; a date is formatted;
 /// a text goes through FechaDesdeTexto first.

@@ -1,6 +1,7 @@
 #include "session/Inicio.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include "Version.h"
 #include "pipeline/MesesPolizas.h"
@@ -139,10 +140,25 @@ void LlenaEmpresa(Sesion& s, const Consulta& fila) {
 }  // namespace
 
 void AbreEmpresaActual(Sesion& s, const std::string& nombCorto, int ejercicio) {
+    const std::string ruta = ArchivoEmpresa(s.RutaEmpresa, nombCorto, ejercicio);
+    // An empty file is a company whose data was lost (a failed copy, a full
+    // disk), never a new one: it is reported and left for the user to restore.
+    std::error_code ec;
+    if (std::filesystem::is_regular_file(ruta, ec) && std::filesystem::file_size(ruta, ec) == 0 && !ec) {
+        MsgCritico(s, "La base de datos de la empresa está vacía (0 bytes): " + ruta +
+                          "\r\nNo se abrirá ni se reemplazará; restáurela de su respaldo.");
+        return;
+    }
     try {
         BaseDatos empresas(RutaBaseDatos(s.RutaBase, kArchivoEmpresas));
-        auto empresa = std::make_unique<BaseDatos>(ArchivoEmpresa(s.RutaEmpresa, nombCorto, ejercicio));
-        CreaEsquemaEmpresa(*empresa);
+        auto empresa = std::make_unique<BaseDatos>(ruta);
+        // Only a missing or older schema is written: a session that only
+        // reads takes no write lock.
+        if (PreparaEsquemaEmpresa(*empresa) == EstadoEsquema::SinTablas) {
+            MsgCritico(s, "El archivo " + ruta +
+                              " no contiene las tablas de una empresa; no se abrirá ni se modificará.");
+            return;
+        }
         s.DbEmpresa = std::move(empresa);
         Consulta fila = empresas.consulta(kConsultaEmpresa, nombCorto, ejercicio);
         if (fila.vacia())
@@ -227,6 +243,9 @@ void IniciaSesion(Sesion& s, const OpcionesInicio& opciones) {
     if (!s.DbEmpresas)
         throw ProgramaTerminado("No fue posible abrir la base de datos del sistema: " +
                                 RutaBaseDatos(s.RutaBase, kArchivoEmpresas));
+    // Both databases are open and read, so any commit a kill cut short has
+    // been undone in them; what it left in the company folder can go.
+    QuitaSuperJournalesHuerfanos(ArchivoEmpresa(s.RutaEmpresa, s.NombCortoSolicitado, ejercicio));
     s.NotaSaldosAnioAnterior = NotaSaldosAnioAnterior();
 }
 

@@ -45,8 +45,11 @@ std::string RutaEmpresa(const std::string& rutaBase, int ejercicio, const std::s
 std::string ArchivoEmpresa(const std::string& rutaEmpresa, const std::string& nombCorto, int ejercicio);
 
 /// Opens the company database into `s.DbEmpresa` and fills the company
-/// variables and the start form's title from the `Empresas` row. Engine
-/// errors go to ReportaError and end the procedure, leaving the variables.
+/// variables and the start form's title from the `Empresas` row. The schema
+/// is written only when missing or older (PreparaEsquemaEmpresa). An empty
+/// (0-byte) file or one without company tables is reported and left as it
+/// is; engine errors go to ReportaError. Either way the procedure ends with
+/// `s.DbEmpresa` empty and the variables as they were.
 void AbreEmpresaActual(Sesion& s, const std::string& nombCorto, int ejercicio);
 
 /// Levels in use: the first of Nivel12 down to Nivel1 neither Null nor 0.

@@ -1,6 +1,8 @@
 #include "store/AlmacenesTemporales.h"
 
+#include <ctime>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 
 #include "platform/Ajustes.h"
@@ -296,14 +298,65 @@ void CreaCedAnaliticaTmp(Sesion& s) {
 }
 
 // The lost-rows log gathers rows over runs: it is created only when missing
-// (a file without the table gets the table). Errors are shown, not thrown.
+// (a file without the table gets the table). One the engine cannot read is
+// put aside first, so that it does not block every later run. Errors are
+// shown, not thrown.
 void CreaInconsisImpTmpDet(Sesion& s) {
     try {
+        ApartaAlmacenDanado(s, kInconsisImpTmpDet);
         BaseDatos db(RutaAlmacen(s, kInconsisImpTmpDet), BaseDatos::Modo::Crear);
         CreaTabla(db, TablaInconsisImpTmpDet());
     } catch (const std::exception& e) {
         ReportaError(s, e, true);
     }
+}
+
+// ------------------------------------------------------- Damaged stores
+
+namespace {
+
+// Why the engine cannot read the store, or nothing when it can (or when it
+// fails for a passing reason: busy, locked, not allowed).
+std::optional<std::string> Dano(const std::string& ruta) {
+    try {
+        BaseDatos db(ruta);
+        std::string r = db.escalar("PRAGMA quick_check").texto();
+        if (r != "ok") return r;
+    } catch (const ErrorBaseDatos& e) {
+        if (e.esDano()) return e.mensajeMotor();
+    }
+    return std::nullopt;
+}
+
+// "AAAAMMDD_HHMMSS" of the present moment.
+std::string Sello() {
+    std::time_t t = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&t, &local);
+    char b[32];
+    std::strftime(b, sizeof b, "%Y%m%d_%H%M%S", &local);
+    return b;
+}
+
+}  // namespace
+
+std::string ApartaAlmacenDanado(Sesion& s, const std::string& nombreBase) {
+    const std::string ruta = RutaDeAlias(s, nombreBase);
+    if (!ExisteArchivo(ruta)) return "";
+    auto motivo = Dano(ruta);
+    if (!motivo) return "";
+    std::string apartado;
+    for (int n = 1; apartado.empty() || ExisteArchivo(apartado); ++n)
+        apartado = RutaBaseDatos(CarpetaDeArchivo(ruta),
+                                 nombreBase + "_danado_" + Sello() + (n > 1 ? "_" + std::to_string(n) : ""));
+    std::filesystem::rename(ruta, apartado);
+    // Its journal goes with it: played back into a new store of the old
+    // name, it would damage that one too.
+    std::error_code ec;
+    if (std::filesystem::exists(ruta + "-journal", ec)) std::filesystem::rename(ruta + "-journal", apartado + "-journal", ec);
+    MsgAviso(s, "La Base temporal " + nombreBase + " está dañada y no se pudo abrir (" + *motivo +
+                    ").\r\nSe guardó aparte como " + NombreDeArchivo(apartado) + " y se creará de nuevo.");
+    return apartado;
 }
 
 // ----------------------------------------------------------- Open, close

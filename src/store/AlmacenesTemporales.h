@@ -69,6 +69,13 @@ void CreaSeleccPreviaCtasBalTmp(Sesion& s);
 void CreaCedAnaliticaTmp(Sesion& s);
 void CreaSelecPolizasDetalleTmp(Sesion& s);
 
+/// A store of the company folder (or the data folder) that the engine
+/// cannot read, not a database or with damaged pages, is renamed with its
+/// journal to "<nombre>_danado_AAAAMMDD_HHMMSS", so that nothing is lost and
+/// the store can be made anew; the user is told. A sound, missing, busy or
+/// locked store is left alone. Returns the new path, or empty.
+std::string ApartaAlmacenDanado(Sesion& s, const std::string& nombreBase);
+
 // Open and close: attach to / detach from the company connection. An open
 // fails (false) when the company is not open or the file is missing or
 // unreadable. DETACH is refused inside a transaction, so a close asked while

@@ -20,15 +20,18 @@ static std::string TipoSql(TipoCampo t) {
     }
 }
 
+std::string DefinicionColumna(const DefCampo& c) {
+    std::string r = "\"" + c.nombre + "\" " + TipoSql(c.tipo);
+    if (!c.predeterminado.empty()) r += " DEFAULT " + c.predeterminado;
+    return r;
+}
+
 void CreaTabla(BaseDatos& db, const DefTabla& tabla, const std::string& esquema) {
     std::string sql = "CREATE TABLE IF NOT EXISTS \"" + esquema + "\".\"" + tabla.nombre + "\" (";
     const DefIndice* primario = nullptr;
     for (auto& i : tabla.indices)
         if (i.primario) primario = &i;
-    for (size_t i = 0; i < tabla.campos.size(); ++i) {
-        auto& c = tabla.campos[i];
-        sql += (i ? ", \"" : "\"") + c.nombre + "\" " + TipoSql(c.tipo);
-    }
+    for (size_t i = 0; i < tabla.campos.size(); ++i) sql += (i ? ", " : "") + DefinicionColumna(tabla.campos[i]);
     if (primario) {
         sql += ", PRIMARY KEY (";
         for (size_t i = 0; i < primario->campos.size(); ++i) sql += (i ? ", \"" : "\"") + primario->campos[i] + "\"";

@@ -16,6 +16,8 @@ struct DefCampo {
     std::string nombre;
     TipoCampo tipo;
     int longitud = 0;  // Text(n): n; documentation of the legacy width
+    /// The column's default as SQL text ("0"); empty for none (Null).
+    std::string predeterminado = {};
 };
 
 struct DefIndice {
@@ -48,6 +50,9 @@ inline DefCampo Contador(const std::string& n) { return {n, TipoCampo::Contador}
 /// Name of an index in SQLite, where index names are global to a file:
 /// the table's name, "_" and the index's own name.
 std::string NombreIndiceSqlite(const std::string& tabla, const std::string& indice);
+
+/// The column as CREATE TABLE writes it: quoted name, type, default.
+std::string DefinicionColumna(const DefCampo& campo);
 
 /// CREATE TABLE / CREATE INDEX, each IF NOT EXISTS, in `esquema`
 /// ("main" or an attached alias). Text columns compare without case, as the

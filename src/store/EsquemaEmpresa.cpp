@@ -1,6 +1,7 @@
 #include "store/EsquemaEmpresa.h"
 #include "session/Funciones.h"
 
+#include <cctype>
 #include <stdexcept>
 
 namespace velmorant {
@@ -149,6 +150,117 @@ DefTabla CedNoDeducibles() {
     return t;
 }
 
+// Currency fields of the audit product's tables default to 0.
+std::vector<DefTabla> ConMonedaEnCero(std::vector<DefTabla> tablas) {
+    for (auto& t : tablas)
+        for (auto& c : t.campos)
+            if (c.tipo == TipoCampo::Moneda) c.predeterminado = "0";
+    return tablas;
+}
+
+// A column of a table as the file has it.
+struct ColumnaExistente {
+    std::string nombre, tipo, predeterminado;
+    bool noNula = false;
+};
+
+std::vector<ColumnaExistente> ColumnasExistentes(BaseDatos& db, const std::string& tabla) {
+    std::vector<ColumnaExistente> r;
+    Consulta c = db.consulta("SELECT name, type, \"notnull\", dflt_value FROM pragma_table_info(?) ORDER BY cid", tabla);
+    for (c.primero(); !c.eof(); c.siguiente())
+        r.push_back({c.campo(0).texto(), c.campo(1).texto(), c.campo(3).texto(), c.campo(2).entero() != 0});
+    return r;
+}
+
+bool MismoNombre(const std::string& a, const std::string& b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
+            return false;
+    return true;
+}
+
+const DefCampo* CampoDescrito(const DefTabla& tabla, const std::string& nombre) {
+    for (auto& c : tabla.campos)
+        if (MismoNombre(c.nombre, nombre)) return &c;
+    return nullptr;
+}
+
+const ColumnaExistente* ColumnaDe(const std::vector<ColumnaExistente>& columnas, const std::string& nombre) {
+    for (auto& c : columnas)
+        if (MismoNombre(c.nombre, nombre)) return &c;
+    return nullptr;
+}
+
+std::string Entre(const std::string& nombre) { return "\"" + nombre + "\""; }
+
+// SQLite cannot change a column's default in place: the table is made anew
+// with its columns in the file's order (those of the description as the
+// description writes them, any other as the file has it), its rows copied,
+// the old one dropped, the new one renamed, the old indexes made again and
+// an AUTOINCREMENT counter kept where it was.
+void Reconstruye(BaseDatos& db, const DefTabla& tabla) {
+    const std::string provisional = tabla.nombre + "__reconstruida";
+    std::string columnas, nombres;
+    for (auto& e : ColumnasExistentes(db, tabla.nombre)) {
+        const DefCampo* c = CampoDescrito(tabla, e.nombre);
+        std::string definicion = c ? DefinicionColumna(*c)
+                                   : Entre(e.nombre) + " " + e.tipo + (e.noNula ? " NOT NULL" : "") +
+                                         (e.predeterminado.empty() ? "" : " DEFAULT " + e.predeterminado);
+        columnas += (columnas.empty() ? "" : ", ") + definicion;
+        nombres += (nombres.empty() ? "" : ", ") + Entre(e.nombre);
+    }
+    std::vector<std::string> indices;
+    Consulta c = db.consulta("SELECT sql FROM sqlite_schema WHERE type = 'index' AND tbl_name = ? AND sql IS NOT NULL",
+                             tabla.nombre);
+    for (c.primero(); !c.eof(); c.siguiente()) indices.push_back(c.campo(0).texto());
+    Valor contador;
+    if (db.existeTabla("sqlite_sequence"))
+        contador = db.escalar("SELECT seq FROM sqlite_sequence WHERE name = ?", tabla.nombre);
+
+    db.olvidaPreparadas();
+    db.ejecutaScript("DROP TABLE IF EXISTS " + Entre(provisional));
+    db.ejecutaScript("CREATE TABLE " + Entre(provisional) + " (" + columnas + ")");
+    db.ejecutaScript("INSERT INTO " + Entre(provisional) + " (" + nombres + ") SELECT " + nombres + " FROM " +
+                     Entre(tabla.nombre));
+    db.ejecutaScript("DROP TABLE " + Entre(tabla.nombre));
+    db.ejecutaScript("ALTER TABLE " + Entre(provisional) + " RENAME TO " + Entre(tabla.nombre));
+    for (auto& sql : indices) db.ejecutaScript(sql);
+    if (!contador.esNulo() && db.ejecuta("UPDATE sqlite_sequence SET seq = MAX(seq, ?) WHERE name = ?", contador,
+                                         tabla.nombre) == 0)
+        db.ejecuta("INSERT INTO sqlite_sequence (name, seq) VALUES (?, ?)", tabla.nombre, contador);
+}
+
+// Brings an existing table up to its description. True when it had to be
+// rebuilt for a missing default.
+bool ActualizaTabla(BaseDatos& db, const DefTabla& tabla) {
+    auto existentes = ColumnasExistentes(db, tabla.nombre);
+    bool sinPredeterminado = false;
+    for (auto& c : tabla.campos) {
+        const ColumnaExistente* e = ColumnaDe(existentes, c.nombre);
+        if (!e)
+            db.ejecutaScript("ALTER TABLE " + Entre(tabla.nombre) + " ADD COLUMN " + DefinicionColumna(c));
+        else if (e->predeterminado != c.predeterminado)
+            sinPredeterminado = true;
+    }
+    if (sinPredeterminado) Reconstruye(db, tabla);
+    CreaTabla(db, tabla);  // the indexes of the description that are missing
+    return sinPredeterminado;
+}
+
+// The amounts a missing default left Null in the chart and the trial
+// balance, where the pipeline adds rows without them.
+void MonedaNulaACero(BaseDatos& db, const DefTabla& tabla) {
+    if (tabla.nombre != "Cuentas" && tabla.nombre != "Balanzas") return;
+    std::string asignaciones;
+    for (auto& c : tabla.campos)
+        if (c.tipo == TipoCampo::Moneda)
+            asignaciones += (asignaciones.empty() ? "" : ", ") + Entre(c.nombre) + " = COALESCE(" + Entre(c.nombre) + ", 0)";
+    db.ejecutaScript("UPDATE " + Entre(tabla.nombre) + " SET " + asignaciones);
+}
+
+int VersionEsquema(BaseDatos& db) { return static_cast<int>(db.escalar("PRAGMA user_version").entero()); }
+
 }  // namespace
 
 std::string RutaBaseDatos(const std::string& carpeta, const std::string& nombreBase) {
@@ -166,7 +278,7 @@ const DefTabla& TablaEnlaces() {
 }
 
 const std::vector<DefTabla>& TablasEmpresa() {
-    static const std::vector<DefTabla> tablas = {
+    static const std::vector<DefTabla> tablas = ConMonedaEnCero({
         Cuentas(),
         Balanzas(),
         Polizas(),
@@ -183,7 +295,7 @@ const std::vector<DefTabla>& TablasEmpresa() {
         CedAnalitica(),
         UUIDAnalitica(),
         CedNoDeducibles(),
-    };
+    });
     return tablas;
 }
 
@@ -198,8 +310,24 @@ void CreaEsquemaEnlaces(BaseDatos& db) { CreaTabla(db, TablaEnlaces()); }
 
 void CreaEsquemaEmpresa(BaseDatos& db) {
     Transaccion t(db);
-    for (auto& tabla : TablasEmpresa()) CreaTabla(db, tabla);
+    for (auto& tabla : TablasEmpresa()) {
+        if (!db.existeTabla(tabla.nombre))
+            CreaTabla(db, tabla);
+        else if (ActualizaTabla(db, tabla))
+            MonedaNulaACero(db, tabla);
+    }
+    if (VersionEsquema(db) < kVersionEsquemaEmpresa)
+        db.ejecutaScript("PRAGMA user_version = " + std::to_string(kVersionEsquemaEmpresa));
     t.confirma();
+}
+
+EstadoEsquema PreparaEsquemaEmpresa(BaseDatos& db) {
+    if (VersionEsquema(db) >= kVersionEsquemaEmpresa) return EstadoEsquema::Vigente;
+    bool alguna = false;
+    for (auto& tabla : TablasEmpresa()) alguna = alguna || db.existeTabla(tabla.nombre);
+    if (!alguna) return EstadoEsquema::SinTablas;
+    CreaEsquemaEmpresa(db);
+    return EstadoEsquema::Actualizado;
 }
 
 }  // namespace velmorant

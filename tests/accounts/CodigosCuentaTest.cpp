@@ -99,6 +99,30 @@ TEST(CodigosCuenta, SeparadoresQuitadosYPuestos) {
     EXPECT_EQ(FormateaCuenta(sinSeparador, "1000200"), "1000200");
 }
 
+TEST(CodigosCuenta, PosicionesCuentanCaracteresNoBytes) {
+    // Two-byte letters in an alphanumeric first level: every step that cuts
+    // by position must cut after the "Ñ", not inside it.
+    Sesion s = Estructura("XXX-99-99");
+    EXPECT_EQ(FormateaCuenta(s, "AÑO0100"), "AÑO-01-00");
+    EXPECT_EQ(FormateaCuenta(s, "AÑO01"), "AÑO-01");
+    EXPECT_EQ(QuitaSeparadores(s, "AÑO-01-01"), "AÑO0101");
+    EXPECT_EQ(RellenaCuenta(s, "AÑO-1-1"), "AÑO0101");
+    EXPECT_EQ(RellenaCuenta(s, "Ñ-1"), "00Ñ01");       // a short piece is padded to three characters
+    EXPECT_EQ(RellenaCuenta(s, "ÑAÑO-1"), "AÑO01");    // a long piece loses its leftmost character
+    EXPECT_EQ(RellenaCuenta(s, "AÑO01"), "AÑO01");     // by lengths: five characters, two levels
+    EXPECT_EQ(NivelesPorLongitud(s, "AÑO01"), 2);
+    EXPECT_EQ(CalculaNivelCuenta(s, "AÑO0100", true), 2);
+    EXPECT_EQ(CalculaNivelCuenta(s, "AÑO0100", false), 3);
+    // The tree of AÑO / AÑO-01 / AÑO-01-01.
+    EXPECT_EQ(CuentaHastaNivel(s, "AÑO0101", 1), "AÑO");
+    EXPECT_EQ(CuentaHastaNivel(s, "AÑO0101", 2), "AÑO01");
+    EXPECT_EQ(CuentaHastaNivel(s, "AÑO0101", 3), "AÑO0101");
+    // The mask is walked character by character too; "Ñ" is not in its set.
+    EXPECT_TRUE(CuentaCumpleFormato(s, "ABC-01-01", PosicionesSeparador(s)));
+    EXPECT_FALSE(CuentaCumpleFormato(s, "AÑO-01-01", PosicionesSeparador(s)));
+    EXPECT_FALSE(CuentaCumpleFormato(s, "AÑ-01", PosicionesSeparador(s)));
+}
+
 TEST(CodigosCuenta, NivelesUsadosConYSinCeros) {
     Sesion s = Estructura();
     struct Caso {

@@ -36,6 +36,8 @@ TEST(Jerarquia, ElPadreEsElAncestroExistenteMasCercano) {
         {"faltan los ancestros", {{"1000200", 3}, {"200", 1}}, {{"1000200", ""}, {"200", ""}}, {"1000200"}},
         {"dos hermanos", {{"300", 1}, {"30001", 2}, {"30002", 2}, {"3000201", 3}},
          {{"30001", "300"}, {"30002", "300"}, {"3000201", "30002"}}, {}},
+        {"letras de dos bytes", {{"AÑO", 1}, {"AÑO01", 2}, {"AÑO0101", 3}},
+         {{"AÑO01", "AÑO"}, {"AÑO0101", "AÑO01"}}, {}},
     };
     for (auto& c : casos) {
         EmpresaPrueba e;

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/Texto.h"
 #include "accounts/EmpresaPrueba.h"
 #include "accounts/Jerarquia.h"
 #include "pipeline/Catalogo.h"
@@ -88,18 +89,21 @@ TEST(Catalogo, LaComparacionRegistraBajasCambiosYAltas) {
     EXPECT_EQ(e.Filas("Cuentas", "750"), 1);
 }
 
-TEST(Catalogo, UnaDescripcionLargaSeCitaEnteraHastaElAnchoDelRegistro) {
+TEST(Catalogo, UnCambioDeDescripcionLargoMuestraLasDosMitadesDentroDelCampo) {
     EmpresaPrueba e;
     e.Cuenta("100", std::string(60, 'v'));
     e.Tmp("100", std::string(80, 'n'), "");
+    e.Cuenta("200", "Caja");
+    e.Tmp("200", "Caja general", "");
     ComparaCatalogo(e.s, e.barra);
     auto bitacora = e.Bitacora();
-    ASSERT_EQ(bitacora.size(), 1u);
-    const std::string inicio =
-        "La descripción de la cuenta ha cambiado: Anterior -> " + std::string(60, 'v') + " Nueva -> nnn";
-    EXPECT_EQ(bitacora[0].referencia.compare(0, inicio.size(), inicio), 0);
-    // 150 characters; "ó" takes two bytes.
-    EXPECT_EQ(bitacora[0].referencia.size(), 151u);
+    ASSERT_EQ(bitacora.size(), 2u);
+    // 150 characters: each value cut to its half of the room, with its mark.
+    EXPECT_EQ(bitacora[0].referencia, "La descripción de la cuenta ha cambiado: Anterior -> " + std::string(42, 'v') +
+                                          "… Nueva -> " + std::string(42, 'n') + "….");
+    EXPECT_EQ(LongitudCaracteres(bitacora[0].referencia), 150u);
+    // A text that fits is left whole.
+    EXPECT_EQ(bitacora[1].referencia, "La descripción de la cuenta ha cambiado: Anterior -> Caja Nueva -> Caja general.");
 }
 
 TEST(Catalogo, SignoDelSaldoSegunLaNaturalezaDeLaEmpresa) {
@@ -234,11 +238,11 @@ TEST(Catalogo, SaldoInicialSoloDondeElAlmacenTieneLaCuenta) {
         const char* cuenta;
         const char* balanza;  // nullptr: no Balanzas row
         const char* saldoTmp; // nullptr: not in the store
-        const char* inicial;  // expected; "" Null
+        const char* inicial;  // expected
         const char* original;
     } casos[] = {
         {"100", nullptr, "1234.5678", "1234.5678", "1234.5678"},
-        {"200", nullptr, nullptr, "", ""},
+        {"200", nullptr, nullptr, "0", "0"},  // the table's defaults
         {"300", "5", "-7.25", "-7.25", "-7.25"},
         {"400", "9", nullptr, "9", "9"},
     };

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/Texto.h"
 #include "pipeline/Comparacion.h"
 #include "platform/BaseDatos.h"
 #include "session/Sesion.h"
@@ -348,7 +349,7 @@ TEST(Comparacion, PartidasDeUnaPolizaEmparejada) {
     for (auto& c : casos) Verifica(c);
 }
 
-TEST(Comparacion, ElTextoLargoSeCortaALoQueCabeEnLaBitacora) {
+TEST(Comparacion, UnConceptoLargoMuestraAnteriorYNuevoDentroDelCampo) {
     const std::string largo(200, 'x');
     Empresa e;
     e.guarda({kP1}, false);
@@ -356,8 +357,10 @@ TEST(Comparacion, ElTextoLargoSeCortaALoQueCabeEnLaBitacora) {
     e.comparaMeses({"01"});
     auto filas = e.bitacora();
     ASSERT_EQ(filas.size(), 2u);
-    EXPECT_EQ(filas[1].referencia.size(), 150u);
-    EXPECT_EQ(filas[1].referencia.rfind("Concepto, Anterior -> Compra de papeleria Nuevo -> xxx", 0), 0u);
+    // The short old concept stays whole; the new one takes the rest of the
+    // 150 characters, so that "Nuevo ->" always shows.
+    EXPECT_EQ(filas[1].referencia, "Concepto, Anterior -> Compra de papeleria Nuevo -> " + std::string(97, 'x') + "….");
+    EXPECT_EQ(LongitudCaracteres(filas[1].referencia), 150u);
 }
 
 TEST(Comparacion, LaEtiquetaNombraCadaPolizaYCede) {

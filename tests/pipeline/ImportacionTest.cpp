@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -16,6 +17,7 @@
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
 #include "support/Entorno.h"
+#include "support/Muerte.h"
 
 using namespace velmorant;
 
@@ -140,6 +142,33 @@ TEST_F(ImportacionTest, UnaFallaEnMedioDelCommitDejaLaEmpresaIntacta) {
     EXPECT_EQ(LeeBytes(archivoEmpresas()), antesEmpresas);
 }
 
+TEST_F(ImportacionTest, SiLaTransaccionNoPuedeEmpezarElMensajeLoDice) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    usaMes(2, 4);  // a change, so that the user is asked
+    inicia();
+    s.DbEmpresa->ejecutaScript("PRAGMA busy_timeout=50");
+    // While the user reads the inconsistencies, another program starts
+    // writing on the company.
+    struct Bloqueo : prueba::InteraccionGuionada {
+        std::string archivo;
+        std::unique_ptr<BaseDatos> otro;
+        std::unique_ptr<Transaccion> escribe;
+        DecisionInconsistencias decideInconsistencias(const std::string&) override {
+            otro = std::make_unique<BaseDatos>(archivo);
+            escribe = std::make_unique<Transaccion>(*otro);
+            return DecisionInconsistencias::Continuar;
+        }
+    } bloqueo;
+    bloqueo.archivo = archivoEmpresa();
+    s.interaccion = &bloqueo;
+    EXPECT_EQ(importa(), ResultadoImportacion::Fallida);
+    ASSERT_FALSE(bloqueo.mensajes.empty());
+    EXPECT_NE(bloqueo.mensajes.back().texto.find("falló el paso inicio de la transacción"), std::string::npos)
+        << bloqueo.mensajes.back().texto;
+    bloqueo.escribe.reset();
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
+}
+
 TEST_F(ImportacionTest, UnProcesoMuertoEnMedioDelCommitNoDejaLaEmpresaAMedias) {
     ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
     usaMes(4, 1);
@@ -157,6 +186,84 @@ TEST_F(ImportacionTest, UnProcesoMuertoEnMedioDelCommitNoDejaLaEmpresaAMedias) {
     s.DbEmpresa.reset();
     s.DbEmpresas.reset();
     EXPECT_EQ(LeeBytes(archivoEmpresa()), antes);
+}
+
+TEST_F(ImportacionTest, UnaCuentaDadaDeBajaYSinUsoSeBorraDeCatalogoYBalanza) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT Saldo_Anterior_Final FROM Cuentas WHERE Cuenta='1000102'").moneda().texto(), "0")
+        << "an account added by the commit holds 0, not Null";
+    // The second delivery no longer has "Banco dos", which nothing uses.
+    std::string sinBancoDos = kCatalogo;
+    sinBancoDos.erase(sinBancoDos.find("100-01-02|Banco dos|D|0\n"), std::string("100-01-02|Banco dos|D|0\n").size());
+    escribe("catalogo.txt", sinBancoDos);
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Cuentas WHERE Cuenta='1000102'").entero(), 0);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Balanzas WHERE Cuenta='1000102'").entero(), 0);
+    EXPECT_EQ(escalar("SELECT COUNT(*) FROM Cuentas").entero(), 6);
+    BaseDatos log(RutaAlmacen(s, kInconsisImpTmp), BaseDatos::Modo::SoloLectura);
+    EXPECT_EQ(log.escalar("SELECT ClasifError FROM InconsisImpTmp WHERE Cuenta='1000102'").texto(), "B");
+}
+
+TEST_F(ImportacionTest, UnNumeroOUnaCuentaMasLargosQueSuCampoNoDetienenLaCorrida) {
+    // An unbalanced voucher whose number has 21 characters, and a line on an
+    // unknown account of 60: both reach the log, within its widths.
+    escribe("pol1.txt", "Poliza|Tipo|Dia|Mes|Anio|Cuenta|Ref|Concepto|Cargo|Abono\n"
+                        "F-2024-000012345-ABCD|Dr|1|1|2025|100-01-01|r|c|200|0\n"
+                        "F-2024-000012345-ABCD|Dr|1|1|2025|400-01-01|r|c|0|100\n"
+                        "2|Dr|2|1|2025|" + std::string(60, '7') + "|r|c|0|0\n");
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT Poliza FROM Polizas WHERE IdPoliza = 1").texto(), "F-2024-000012345-ABCD");
+    BaseDatos log(RutaAlmacen(s, kInconsisImpTmp), BaseDatos::Modo::SoloLectura);
+    EXPECT_EQ(log.escalar("SELECT Poliza FROM InconsisImpTmp WHERE ClasifError = 'D'").texto(), "F-2024-000012345-AB…");
+    EXPECT_EQ(log.escalar("SELECT Cuenta FROM InconsisImpTmp WHERE ClasifError = 'O'").texto(),
+              std::string(49, '7') + "…");
+}
+
+TEST_F(ImportacionTest, ElSuperJournalDeUnCommitMuertoSeQuitaAlIniciarYLoDemasSeDeshace) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    const std::string empresa = archivoEmpresa(), empresas = archivoEmpresas();
+    const std::string trabajo = s.RutaEmpresa + "Trabajo.sqlite";  // stands for a store of the run
+    auto superJournales = [&] {
+        int n = 0;
+        for (auto& f : std::filesystem::directory_iterator(s.RutaEmpresa))
+            n += f.path().filename().string().find("-mj") != std::string::npos;
+        return n;
+    };
+    for (bool almacenBorrado : {true, false}) {
+        SCOPED_TRACE(almacenBorrado ? "the run's store deleted, as BorraTemporales does" : "the run's store kept");
+        s.DbEmpresa.reset();
+        s.DbEmpresas.reset();
+        std::filesystem::remove(trabajo);
+        {
+            BaseDatos t(trabajo, BaseDatos::Modo::Crear);
+            t.ejecutaScript("CREATE TABLE X (a)");
+        }
+        // Killed inside the commit over the three files, as it removes the
+        // super-journal: the moment the commit would have become final.
+        ASSERT_TRUE(prueba::MuereAlBorrar("-mj", [&] {
+            BaseDatos db(empresa);
+            db.adjunta(empresas, "E");
+            db.adjunta(trabajo, "T");
+            db.ejecutaScript("BEGIN; UPDATE main.Polizas SET Concepto = 'a medias'; "
+                             "UPDATE E.Empresas SET Nombre = 'a medias'; INSERT INTO T.X VALUES (1); COMMIT");
+        }));
+        ASSERT_EQ(superJournales(), 1);
+        if (almacenBorrado) {
+            std::filesystem::remove(trabajo);
+            std::filesystem::remove(trabajo + "-journal");
+        }
+        inicia();
+        EXPECT_EQ(superJournales(), 0);
+        EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas WHERE Concepto = 'a medias'").entero(), 0);
+        EXPECT_EQ(s.DbEmpresas->escalar("SELECT Nombre FROM Empresas").texto(), "Acme");
+        if (!almacenBorrado) {
+            BaseDatos t(trabajo, BaseDatos::Modo::SoloLectura);
+            EXPECT_EQ(t.escalar("SELECT COUNT(*) FROM X").entero(), 0);
+        }
+    }
 }
 
 TEST_F(ImportacionTest, UnPeriodoQueNoLlegaAlUltimoMesImportadoSeRehusa) {
@@ -188,6 +295,69 @@ TEST_F(ImportacionTest, UnPeriodoQueNoLlegaAlUltimoMesImportadoSeRehusa) {
     EXPECT_NE(ui.mensajes.back().texto.find("la última importación se realizó al mes de MAYO"), std::string::npos)
         << ui.mensajes.back().texto;
     EXPECT_EQ(escalar("SELECT COUNT(*) FROM Polizas").entero(), 15);
+}
+
+TEST_F(ImportacionTest, UnLogDeCedulasDanadoNoDetieneLasImportaciones) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    const std::string log = RutaAlmacen(s, kInconsisImpTmpDet);
+    std::ofstream(log, std::ios::binary | std::ios::trunc) << std::string(5000, '#');
+    inicia();  // a re-import: the schedule's work stores are all opened
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    bool avisado = false;
+    for (auto& m : ui.mensajes) avisado = avisado || m.texto.find("InconsisImpTmpDet_danado_") != std::string::npos;
+    EXPECT_TRUE(avisado);
+    EXPECT_NO_THROW(HayInconsistenciasDet(s.RutaEmpresa)) << "the new log reads";
+}
+
+TEST_F(ImportacionTest, UnCatalogoConCodificacionMixtaSeLeeYSeAvisa) {
+    std::string catalogo = kCatalogo;
+    catalogo.replace(catalogo.find("Banco uno"), 9, "Banco Espa\xC3\xB1" "a");
+    catalogo.replace(catalogo.find("Banco dos"), 9, "Banco Dep\xF3sito");  // one byte in Windows-1252
+    catalogo.replace(catalogo.find("Ventas nacionales"), 17, "Ventas M\xC3\xA9xico");
+    escribe("catalogo.txt", catalogo);
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(escalar("SELECT Descripcion FROM Cuentas WHERE Cuenta='1000101'").texto(), "Banco España");
+    EXPECT_EQ(escalar("SELECT Descripcion FROM Cuentas WHERE Cuenta='1000102'").texto(), "Banco Depósito");
+    EXPECT_EQ(escalar("SELECT Descripcion FROM Cuentas WHERE Cuenta='40001'").texto(), "Ventas México");
+    ASSERT_FALSE(ui.mensajes.empty());
+    EXPECT_EQ(ui.mensajes[0].tipo, TipoMensaje::Aviso);
+    EXPECT_NE(ui.mensajes[0].texto.find("catalogo.txt mezcla codificaciones"), std::string::npos) << ui.mensajes[0].texto;
+    EXPECT_NE(ui.mensajes[0].texto.find("Se leyó como UTF-8"), std::string::npos) << ui.mensajes[0].texto;
+}
+
+TEST_F(ImportacionTest, LosTiposDePolizaNuevosSoloEntranConLaImportacion) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    auto tipos = [&] { return escalar("SELECT group_concat(Tipo, ',') FROM (SELECT Tipo FROM CatTipoPoliza ORDER BY 1)").texto(); };
+    ASSERT_EQ(tipos(), "Dr");
+    std::string conIngreso = Mes(3, 3);
+    conIngreso += "9|Ig|9|3|2025|100-01-01|cobro|Ingreso|5|0\n9|Ig|9|3|2025|400-01-01|venta|Ingreso|0|5\n";
+    escribe("pol3.txt", conIngreso);
+
+    // Refused for its period: May is missing.
+    archivos.meses[4].clear();
+    archivos.meses[3].clear();
+    inicia();
+    EXPECT_EQ(importa(), ResultadoImportacion::ArchivosFaltantes);
+    escribe("pol5.txt", Mes(4, 1));
+    usaMes(4, 3);
+    archivos.meses[4] = dir.texto() + "pol5.txt";
+    inicia();
+    EXPECT_EQ(importa(), ResultadoImportacion::PeriodoInvalido);
+    EXPECT_EQ(tipos(), "Dr");
+
+    // Cancelled at the inconsistency form.
+    usaMes(5, 3);
+    escribe("pol3.txt", conIngreso);
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Cancelar};
+    EXPECT_THROW(importa(), ProgramaTerminado);
+    inicia();
+    EXPECT_EQ(tipos(), "Dr");
+
+    // Committed.
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    EXPECT_EQ(tipos(), "Dr,Ig");
 }
 
 TEST_F(ImportacionTest, CancelarEnLasInconsistenciasDejaLaEmpresaYElLog) {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
+#include "platform/Texto.h"
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Inconsistencias.h"
 #include "store/AlmacenesTemporales.h"
@@ -80,35 +79,61 @@ TEST_F(RegistroInconsistencias, LosTextosLleganIntactosComoParametros) {
     EXPECT_EQ(filas()["Referencia"].texto(), referencia);
 }
 
-TEST_F(RegistroInconsistencias, UnTextoMasLargoQueSuCampoEsUnErrorYNoSeEscribe) {
+TEST_F(RegistroInconsistencias, UnTextoMasLargoQueSuCampoSeGuardaCortadoConSuMarca) {
     std::string acentos;
-    for (int i = 0; i < 150; ++i) acentos += "é";  // 150 characters, 300 bytes
+    for (int i = 0; i < 150; ++i) acentos += "é";  // 150 characters, 300 bytes: fits
     RegistraInconsistencia(s, acentos, kFuentePolizas, "D", std::string(20, 'P'), std::string(10, 'T'),
                            Fecha(2023, 1, 1), std::string(50, '1'));
-    struct Caso {
-        std::string campo;
-        std::function<void()> registra;
-    };
-    std::vector<Caso> casos = {
-        {"Referencia", [&] { RegistraInconsistencia(s, acentos + "x", 3, "D", "", "", {}, ""); }},
-        {"ClasifError", [&] { RegistraInconsistencia(s, "r", 3, "DD", "", "", {}, ""); }},
-        {"Poliza", [&] { RegistraInconsistencia(s, "r", 3, "D", std::string(21, 'P'), "", {}, ""); }},
-        {"Tipo", [&] { RegistraInconsistencia(s, "r", 3, "D", "", std::string(11, 'T'), Fecha(2023, 1, 1), ""); }},
-        {"Cuenta", [&] { RegistraInconsistencia(s, "r", 3, "D", "", "", {}, std::string(51, '1')); }},
-    };
-    for (auto& c : casos) {
-        try {
-            c.registra();
-            ADD_FAILURE() << c.campo << " did not throw";
-        } catch (const std::length_error& e) {
-            EXPECT_NE(std::string(e.what()).find(c.campo), std::string::npos) << e.what();
-        }
-    }
-    EXPECT_EQ(filas().cuentaRegistros(), 1u);
-    // The cleaning happens before the check: "P'" * 11 cleans to 11 characters.
+    // One character more in each field: the row is written all the same.
+    RegistraInconsistencia(s, acentos + "x", kFuentePolizas, "DD", "F-2024-000012345-ABCD", std::string(11, 'T'),
+                           Fecha(2023, 1, 1), std::string(50, '1') + "2");
+    RegistraInconsistencia(s, "r", kFuentePolizas, "D", std::string(21, 'P'), "", {}, "");
+    auto c = filas();
+    ASSERT_EQ(c.cuentaRegistros(), 3u);
+    EXPECT_EQ(c["Referencia"].texto(), acentos);
+    EXPECT_EQ(c["Poliza"].texto(), std::string(20, 'P'));
+    c.siguiente();
+    std::string cortada;
+    for (int i = 0; i < 149; ++i) cortada += "é";
+    EXPECT_EQ(c["Referencia"].texto(), cortada + "…");
+    EXPECT_EQ(c["ClasifError"].texto(), "D");
+    EXPECT_EQ(c["Poliza"].texto(), "F-2024-000012345-AB…");
+    EXPECT_EQ(c["Tipo"].texto(), std::string(9, 'T') + "…");
+    EXPECT_EQ(c["Cuenta"].texto(), std::string(49, '1') + "…");
+    EXPECT_EQ(c["Cuenta_Fmtda"].texto(), std::string(50, '1') + "2");  // 61 characters wide
+    c.siguiente();
+    EXPECT_EQ(c["Poliza"].texto(), std::string(19, 'P') + "…");
+    // An account too long for the field is found again as it was stored,
+    // so a reader that logs an account once still logs it once.
+    EXPECT_TRUE(ExisteInconsistenciaCuenta(s, std::string(50, '1') + "2"));
+    // The cleaning happens before the cut: "P'" * 11 cleans to 11 characters.
     std::string conApostrofes;
     for (int i = 0; i < 11; ++i) conApostrofes += "P'";
-    EXPECT_NO_THROW(RegistraInconsistencia(s, "r", 3, "D", conApostrofes, "", Fecha(2023, 1, 1), ""));
+    RegistraInconsistencia(s, "r", 3, "D", conApostrofes, "", Fecha(2023, 1, 1), "");
+    EXPECT_EQ(s.DbEmpresa->escalar("SELECT Poliza FROM InconsisImpTmp ORDER BY rowid DESC LIMIT 1").texto(),
+              std::string(11, 'P'));
+}
+
+TEST(ComponeReferencia, LosValoresCitadosSeRepartenElAnchoYLasPalabrasQuedan) {
+    auto x = [](size_t n) { return std::string(n, 'x'); };
+    auto y = [](size_t n) { return std::string(n, 'y'); };
+    struct Caso {
+        const char* nombre;
+        std::vector<PiezaReferencia> piezas;
+        size_t ancho;
+        std::string esperado;
+    } casos[] = {
+        {"cabe", {{"A: "}, Dato("uno"), {" B: "}, Dato("dos")}, 20, "A: uno B: dos"},
+        {"dos largos", {{"A: "}, Dato(x(30)), {" B: "}, Dato(y(30))}, 27, "A: " + x(9) + "… B: " + y(9) + "…"},
+        {"uno corto cede su resto", {{"A: "}, Dato("ab"), {" B: "}, Dato(y(30))}, 27, "A: ab B: " + y(17) + "…"},
+        {"tres valores", {Dato(x(10)), {"|"}, Dato("é"), {"|"}, Dato(y(10))}, 12, x(3) + "…|é|" + y(4) + "…"},
+        {"sin lugar para los valores", {{"Palabras largas "}, Dato(x(5))}, 10, "Palabras …"},
+    };
+    for (auto& c : casos) {
+        std::string r = ComponeReferencia(c.piezas, c.ancho);
+        EXPECT_EQ(r, c.esperado) << c.nombre;
+        EXPECT_LE(LongitudCaracteres(r), c.ancho) << c.nombre;
+    }
 }
 
 TEST_F(RegistroInconsistencias, SinElLogAbiertoEsUnError) {

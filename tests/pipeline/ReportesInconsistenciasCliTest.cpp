@@ -10,6 +10,7 @@
 
 #include "store/AlmacenesTemporales.h"
 #include "support/Entorno.h"
+#include "support/Muerte.h"
 
 using namespace velmorant;
 namespace fs = std::filesystem;
@@ -94,6 +95,23 @@ TEST_F(InconsistenciasCli, ErroresDeUsoYPlantillaAusente) {
     EXPECT_NE(sin.salida.find("El archivo 055.html fue removido de su ubicación original"), std::string::npos)
         << sin.salida;
     EXPECT_FALSE(fs::exists(dir.texto() + "d.pdf"));
+}
+
+TEST_F(InconsistenciasCli, TrasUnProcesoMuertoElLogSeLeeDeshechoSuUltimoCambio) {
+    const std::string log = empresa() + "InconsisImpTmp.sqlite";
+    // A run killed while it wrote the log: its journal stays behind.
+    ASSERT_TRUE(prueba::MuereAlBorrar("-journal", [&] {
+        BaseDatos db(log);
+        db.ejecutaScript("BEGIN; INSERT INTO InconsisImpTmp (Referencia, ClasifError) VALUES ('a medias', 'D'); COMMIT");
+    }));
+    ASSERT_TRUE(fs::exists(log + "-journal"));
+    auto resumen = Corre("resumen");
+    EXPECT_EQ(resumen.estado, 0) << resumen.salida;
+    EXPECT_NE(resumen.salida.find("A (nuevo en el origen): 2"), std::string::npos) << resumen.salida;
+    EXPECT_EQ(resumen.salida.find("D ("), std::string::npos) << resumen.salida;
+    auto detalle = Corre("inconsistencias");
+    EXPECT_EQ(detalle.estado, 0) << detalle.salida;
+    EXPECT_EQ(detalle.salida.find("a medias"), std::string::npos) << detalle.salida;
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "platform/BaseDatos.h"
 #include "support/Entorno.h"
+#include "support/Muerte.h"
 
 using namespace velmorant;
 
@@ -143,4 +145,24 @@ TEST(BaseDatos, UnaBaseBloqueadaEsUnErrorNoUnaEspera) {
     BaseDatos b(dir.ruta() / "b.sqlite");
     b.ejecutaScript("PRAGMA busy_timeout=50");
     EXPECT_THROW(b.ejecuta("INSERT INTO T VALUES (2)"), ErrorBaseDatos);
+}
+
+TEST(BaseDatos, LeerDeshaceLoQueDejoUnEscritorMuertoYNoEscribeNadaMas) {
+    prueba::CarpetaTemporal dir;
+    const auto ruta = dir.ruta() / "log.sqlite";
+    {
+        BaseDatos db(ruta, BaseDatos::Modo::Crear);
+        db.ejecutaScript("CREATE TABLE T (x INTEGER); INSERT INTO T VALUES (1)");
+    }
+    // A writer killed as its commit removes the journal: the file holds the
+    // new rows, the journal what must come back.
+    ASSERT_TRUE(prueba::MuereAlBorrar("-journal", [&] {
+        BaseDatos db(ruta);
+        db.ejecutaScript("BEGIN; INSERT INTO T VALUES (2); INSERT INTO T VALUES (3); COMMIT");
+    }));
+    ASSERT_TRUE(std::filesystem::exists(ruta.string() + "-journal"));
+    BaseDatos lector(ruta, BaseDatos::Modo::SoloLectura);
+    EXPECT_EQ(lector.escalar("SELECT COUNT(*) FROM T").entero(), 1);
+    EXPECT_FALSE(std::filesystem::exists(ruta.string() + "-journal"));
+    EXPECT_THROW(lector.ejecuta("INSERT INTO T VALUES (4)"), ErrorBaseDatos);
 }

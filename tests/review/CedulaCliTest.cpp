@@ -74,7 +74,7 @@ TEST_F(CedulaCli, MuestraElTrabajoDelAuditorDeCadaMovimiento) {
           "Movimientos: 2", "#7  101-01  criterio 4  póliza Eg 15  15/01/2025  Cargo $1,160.00",
           "    Referencia modificada: Pago de la factura A-9", "    Marcas: 1=V  3=X",
           "    Observaciones: Cotejado con factura", "    Notas: papel B-2", "    IVA: aplica, 16%, $160.00",
-          "    Modificado: sí", "    Folios: AB12-CD34, EF56-7890", "#8  201-01\n    Referencia: Saldo Inicial\n    Marcas: 1=S\n",
+          "    Modificado: sí", "    Folios: AB12-CD34, EF56-7890", "#8  201-01 $0.00\n    Referencia: Saldo Inicial\n    Marcas: 1=S\n",
           "No deducibles: 1", "$200.00  Pago a proveedor  -> #7"})
         EXPECT_NE(s.find(esperado), std::string::npos) << "falta: " << esperado << "\n" << s;
 }

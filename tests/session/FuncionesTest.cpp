@@ -22,6 +22,39 @@ TEST(Funciones, FechaDesdeTextoYSuReglaDeAniosDeDosDigitos) {
     EXPECT_FALSE(LeeFecha(""));
 }
 
+TEST(Funciones, LeeFechaComoLaConversionDelAnfitrion) {
+    struct Caso {
+        const char* texto;
+        Fecha fecha;  // an empty Fecha: not a date
+    } casos[] = {
+        // Two-digit years fall in the window 1930 to 2029.
+        {"15/01/24", Fecha(2024, 1, 15)}, {"01/01/00", Fecha(2000, 1, 1)}, {"31/12/29", Fecha(2029, 12, 31)},
+        {"01/01/30", Fecha(1930, 1, 1)},  {"31/12/99", Fecha(1999, 12, 31)}, {"150124", Fecha(2024, 1, 15)},
+        {"1-2-16", Fecha(2016, 2, 1)},    {"15/01/1924", Fecha(1924, 1, 15)},
+        // A time of day after the date.
+        {"15/01/2024 00:00:00", Fecha(2024, 1, 15)}, {"15/01/2024 23:59", Fecha(2024, 1, 15)},
+        {"15/01/24 1:05:00 p.m.", Fecha(2024, 1, 15)}, {"15/01/2024 12:00 AM", Fecha(2024, 1, 15)},
+        {"2024-01-15T08:30:00", Fecha(2024, 1, 15)},  {"2024-01-15 08:30:00", Fecha(2024, 1, 15)},
+        {"15/01/2024 24:00:00", Fecha()}, {"15/01/2024 13:00 pm", Fecha()}, {"15/01/2024 10:61", Fecha()},
+        {"10:00:00", Fecha()},
+        // Spanish month names and abbreviations, in any case.
+        {"15-ene-2024", Fecha(2024, 1, 15)}, {"15/ENE/24", Fecha(2024, 1, 15)}, {"1-Dic-2023", Fecha(2023, 12, 1)},
+        {"3 de marzo de 2024", Fecha(2024, 3, 3)}, {"30-sept.-2024", Fecha(2024, 9, 30)},
+        {"29-feb-2024 10:00", Fecha(2024, 2, 29)}, {"29-feb-2023", Fecha()}, {"15-jan-2024", Fecha()},
+        {"15-mes-2024", Fecha()},
+        // Everything else that is not a date.
+        {"", Fecha()}, {"hola", Fecha()}, {"32/01/2024", Fecha()}, {"15/13/2024", Fecha()}, {"1/2", Fecha()},
+        {"15/01/024", Fecha()}, {"15/01/20245", Fecha()},
+    };
+    for (auto& c : casos) {
+        auto f = LeeFecha(c.texto);
+        if (c.fecha == Fecha())
+            EXPECT_FALSE(f) << c.texto << " -> " << (f ? f->iso() : "");
+        else
+            EXPECT_EQ(f, c.fecha) << c.texto;
+    }
+}
+
 TEST(Funciones, FechaSqlDeValoresEnBlancoFechasYTextos) {
     EXPECT_EQ(FechaSql(Valor()), "01/01/1900");
     EXPECT_EQ(FechaSql(Valor("  ")), "01/01/1900");

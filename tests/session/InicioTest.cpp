@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "platform/Ajustes.h"
 #include "session/Funciones.h"
@@ -182,6 +184,55 @@ TEST_F(InicioTest, SesionInutilizableTerminaElPrograma) {
     EXPECT_THROW(IniciaSesion(tercera), ProgramaTerminado);
     ASSERT_EQ(ui.mensajes.size(), 1u);
     EXPECT_NE(ui.mensajes[0].texto.find("not a database"), std::string::npos) << ui.mensajes[0].texto;
+}
+
+TEST_F(InicioTest, UnaEmpresaVaciaODanadaSeReportaYNuncaSeReemplaza) {
+    CreaDemo();
+    Abre("ACME", "2023");
+    const std::string archivo = base() + "2023_ACME/ACME_2023.sqlite";
+    struct Caso {
+        const char* nombre;
+        std::string bytes;  // the file's whole content
+        const char* dice;   // part of the message shown
+    } casos[] = {
+        {"cero bytes", "", "está vacía (0 bytes)"},
+        {"basura", std::string(4096, 'x'), "not a database"},
+    };
+    for (auto& c : casos) {
+        std::ofstream(archivo, std::ios::binary | std::ios::trunc) << c.bytes;
+        Sesion otra;
+        otra.interaccion = &ui;
+        ui.mensajes.clear();
+        EXPECT_THROW(IniciaSesion(otra), ProgramaTerminado) << c.nombre;
+        ASSERT_EQ(ui.mensajes.size(), 1u) << c.nombre;
+        EXPECT_NE(ui.mensajes[0].texto.find(c.dice), std::string::npos) << ui.mensajes[0].texto;
+        std::ifstream f(archivo, std::ios::binary);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(f), {}), c.bytes) << c.nombre << ": the file was touched";
+    }
+    // A database without any company table is not taken for a new company.
+    std::filesystem::remove(archivo);
+    { BaseDatos otra(archivo, BaseDatos::Modo::Crear); otra.ejecutaScript("CREATE TABLE Otra (x)"); }
+    ui.mensajes.clear();
+    Sesion cuarta;
+    cuarta.interaccion = &ui;
+    EXPECT_THROW(IniciaSesion(cuarta), ProgramaTerminado);
+    ASSERT_EQ(ui.mensajes.size(), 1u);
+    EXPECT_NE(ui.mensajes[0].texto.find("no contiene las tablas de una empresa"), std::string::npos);
+    BaseDatos revisa(archivo, BaseDatos::Modo::SoloLectura);
+    EXPECT_FALSE(revisa.existeTabla("Cuentas"));
+}
+
+TEST_F(InicioTest, UnaSesionQueSoloLeeNoEsperaAQuienEscribe) {
+    CreaDemo();
+    Abre("ACME", "2023");
+    // Another program in the middle of a write on the company.
+    BaseDatos escritor(base() + "2023_ACME/ACME_2023.sqlite");
+    Transaccion t(escritor);
+    escritor.ejecuta("INSERT INTO Cuentas (Cuenta) VALUES ('999')");
+    IniciaSesion(s);
+    ASSERT_TRUE(s.DbEmpresa);
+    EXPECT_EQ(s.DbEmpresa->escalar("SELECT COUNT(*) FROM Cuentas").entero(), 0);
+    EXPECT_TRUE(ui.mensajes.empty());
 }
 
 TEST_F(InicioTest, RutaDeLaEmpresaConAnioDeCuatroCifras) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 
 #include "platform/Ajustes.h"
 #include "store/AlmacenesTemporales.h"
@@ -146,6 +147,55 @@ TEST_F(AlmacenesTemporales, UnCreadorBorraElAlmacenAnteriorSalvoElDeCedulasPerdi
         c.crea(s);  // a second run
         EXPECT_EQ(filas(ruta, c.tabla), c.nombre == kInconsisImpTmpDet ? 2 : 0);
     }
+}
+
+TEST_F(AlmacenesTemporales, UnLogDeCedulasDanadoSeApartaConFechaYSeHaceDeNuevo) {
+    InteraccionGuionada ui;
+    s.interaccion = &ui;
+    const std::string ruta = RutaAlmacen(s, kInconsisImpTmpDet);
+    auto lee = [](const std::string& r) {
+        std::ifstream f(r, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(f), {});
+    };
+    // A good log whose pages past the header are then overwritten.
+    CreaInconsisImpTmpDet(s);
+    for (int i = 0; i < 200; ++i) agregaFila(ruta, kInconsisImpTmpDet, "Referencia");
+    std::string paginas = lee(ruta);
+    ASSERT_GT(paginas.size(), 8192u);
+    std::fill(paginas.begin() + 4096, paginas.end(), '\x5A');
+    struct Caso {
+        const char* nombre;
+        std::string bytes;
+    } casos[] = {{"no es una base", std::string(3000, 'x')}, {"paginas danadas", paginas}};
+    for (auto& c : casos) {
+        SCOPED_TRACE(c.nombre);
+        for (auto& viejo : fs::directory_iterator(carpeta.ruta()))
+            if (viejo.path().filename().string().find("_danado_") != std::string::npos) fs::remove(viejo.path());
+        std::ofstream(ruta, std::ios::binary | std::ios::trunc) << c.bytes;
+        ui.mensajes.clear();
+        CreaInconsisImpTmpDet(s);
+        EXPECT_TRUE(AbreAlmacen(s, kInconsisImpTmpDet));
+        EXPECT_EQ(filas(ruta, kInconsisImpTmpDet), 0);
+        CierraAlmacen(s, kInconsisImpTmpDet);
+        std::vector<std::string> apartados;
+        for (auto& f : fs::directory_iterator(carpeta.ruta()))
+            if (f.path().filename().string().rfind("InconsisImpTmpDet_danado_", 0) == 0)
+                apartados.push_back(f.path().string());
+        ASSERT_EQ(apartados.size(), 1u);
+        EXPECT_EQ(lee(apartados[0]), c.bytes) << "the damaged file is kept as it was";
+        ASSERT_EQ(ui.mensajes.size(), 1u);
+        EXPECT_EQ(ui.mensajes[0].tipo, TipoMensaje::Aviso);
+        EXPECT_NE(ui.mensajes[0].texto.find(fs::path(apartados[0]).filename().string()), std::string::npos)
+            << ui.mensajes[0].texto;
+    }
+    // A sound log, even one in use by another connection, stays where it is.
+    agregaFila(ruta, kInconsisImpTmpDet, "Referencia");
+    BaseDatos otro(ruta);
+    Transaccion t(otro);
+    otro.ejecuta("INSERT INTO InconsisImpTmpDet (Referencia) VALUES ('y')");
+    ui.mensajes.clear();
+    EXPECT_EQ(ApartaAlmacenDanado(s, kInconsisImpTmpDet), "");
+    EXPECT_TRUE(ui.mensajes.empty());
 }
 
 TEST_F(AlmacenesTemporales, LosIndicesAdmitenDuplicadosYElContadorNoRepiteElValorCopiado) {

@@ -95,3 +95,44 @@ TEST(Esquema, ListaDeEnlacesFiltraBuscaYNoSeRompeConComillas) {
     EXPECT_EQ(ids(ListaEnlaces(db, false, "pro")), "3");
     EXPECT_EQ(ids(ListaEnlaces(db, true, "_")), "");
 }
+
+TEST(Esquema, UnaEmpresaAnteriorSeActualizaSinPerderNada) {
+    prueba::CarpetaTemporal dir;
+    const std::string ruta = dir.texto() + "VIEJA_2023.sqlite";
+    {
+        // A company made before money had its default: the same tables,
+        // without defaults and without a version.
+        BaseDatos vieja(ruta, BaseDatos::Modo::Crear);
+        for (DefTabla t : TablasEmpresa()) {
+            for (auto& c : t.campos) c.predeterminado.clear();
+            CreaTabla(vieja, t);
+        }
+        vieja.ejecuta("INSERT INTO Cuentas (Cuenta, Descripcion, Saldo_Anterior_Final, Saldo_Final) VALUES "
+                      "('100', 'Caja', NULL, 500), ('200', 'Bancos', 70, NULL)");
+        vieja.ejecuta("INSERT INTO Balanzas (Cuenta, SaldoInicial) VALUES ('100', NULL)");
+        vieja.ejecuta("INSERT INTO CedAnalitica (IdCedAnalitica, Cuenta, IVA) VALUES (41, '100', NULL)");
+        vieja.ejecuta("DELETE FROM CedAnalitica");  // the counter stays at 41
+        vieja.ejecuta("CREATE INDEX Cuentas_DelAuditor ON Cuentas (Descripcion)");  // an index of someone else
+    }
+    BaseDatos db(ruta);
+    EXPECT_EQ(PreparaEsquemaEmpresa(db), EstadoEsquema::Actualizado);
+    EXPECT_EQ(db.escalar("PRAGMA user_version").entero(), kVersionEsquemaEmpresa);
+    EXPECT_EQ(db.escalar("SELECT dflt_value FROM pragma_table_info('Cuentas') WHERE name = 'Saldo_Anterior_Final'").texto(),
+              "0");
+    // The rows stay; the Nulls the missing default left in the chart and the
+    // trial balance read 0, the amounts that were there are kept.
+    EXPECT_EQ(db.escalar("SELECT group_concat(Cuenta || ':' || Descripcion || ':' || Saldo_Anterior_Final || ':' || "
+                         "Saldo_Final, ' ') FROM Cuentas")
+                  .texto(),
+              "100:Caja:0:500 200:Bancos:70:0");
+    EXPECT_EQ(db.escalar("SELECT SaldoInicial FROM Balanzas").entero(), 0);
+    // Indexes, its own and another's, and the counter of the schedule.
+    Tabla cuentas(db, "Cuentas");
+    EXPECT_NO_THROW(cuentas.indice("Cuenta"));
+    EXPECT_FALSE(db.escalar("SELECT name FROM sqlite_schema WHERE name = 'Cuentas_DelAuditor'").esNulo());
+    db.ejecuta("INSERT INTO CedAnalitica (Cuenta) VALUES ('100')");
+    EXPECT_EQ(db.escalar("SELECT IdCedAnalitica FROM CedAnalitica").entero(), 42);
+    EXPECT_EQ(db.columnas("Balanzas").back(), "SaldoIniOrig");
+    // Once current, a session writes nothing.
+    EXPECT_EQ(PreparaEsquemaEmpresa(db), EstadoEsquema::Vigente);
+}

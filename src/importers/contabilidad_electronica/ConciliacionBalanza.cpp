@@ -13,9 +13,6 @@ namespace {
 
 const std::string kDeudora = "D";
 
-// The log's reference holds 150 characters.
-constexpr size_t kLargoReferencia = 150;
-
 struct Cifras {
     Moneda ini, debe, haber, fin;
 };

@@ -19,6 +19,7 @@ public:
     bool siguiente(Fila& fila) override;
     const std::string& ruta() const override { return archivo_.ruta(); }
     long totalEstimado() const override { return total_; }
+    std::string aviso() const override { return archivo_.aviso(); }
 
 private:
     ArchivoTexto archivo_;

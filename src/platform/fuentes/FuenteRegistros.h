@@ -57,6 +57,10 @@ public:
     /// "archivo X, línea N" (or "fila N", "registro N"): where a row stands,
     /// in the words of the messages.
     virtual std::string lugar(const Fila& fila) const;
+    /// What the user should know of how the file was read before its rows
+    /// are used (a text file of mixed encoding, NUL bytes left out); empty
+    /// when nothing.
+    virtual std::string aviso() const { return ""; }
 };
 
 }  // namespace velmorant

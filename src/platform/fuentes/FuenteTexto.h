@@ -29,6 +29,7 @@ public:
     bool siguiente(Fila& fila) override;
     const std::string& ruta() const override { return archivo_.ruta(); }
     long totalEstimado() const override { return total_; }
+    std::string aviso() const override { return archivo_.aviso(); }
 
 private:
     ArchivoTexto archivo_;
@@ -47,6 +48,7 @@ public:
     bool siguiente(Fila& fila) override;
     const std::string& ruta() const override { return archivo_.ruta(); }
     long totalEstimado() const override { return total_; }
+    std::string aviso() const override { return archivo_.aviso(); }
 
 private:
     ArchivoTexto archivo_;
