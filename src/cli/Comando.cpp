@@ -1,5 +1,7 @@
 #include "cli/Comando.h"
 
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 
 #include "platform/Ajustes.h"
@@ -107,6 +109,20 @@ std::string BaseRequerida(Contexto& ctx) {
         throw Rehusado("La carpeta " + base + " no contiene la base " + kArchivoEmpresas + kExtensionBase +
                        "; créela con 'velmorant-cli base crear'.");
     return base;
+}
+
+void VerificaArchivoEntrada(const std::string& ruta, const std::string& opcion) {
+    const std::string quien = "--" + opcion + ": ";
+    if (ruta.empty()) throw ErrorArchivoEntrada(quien + "falta la ruta del archivo");
+    std::error_code ec;
+    auto estado = std::filesystem::status(ruta, ec);
+    if (!std::filesystem::exists(estado)) throw ErrorArchivoEntrada(quien + "no existe el archivo " + ruta);
+    if (std::filesystem::is_directory(estado))
+        throw ErrorArchivoEntrada(quien + ruta + " es una carpeta, no un archivo");
+    if (!std::filesystem::is_regular_file(estado))
+        throw ErrorArchivoEntrada(quien + ruta + " no es un archivo común");
+    if (!std::ifstream(ruta, std::ios::binary))
+        throw ErrorArchivoEntrada(quien + "no se puede leer el archivo " + ruta + " (sin permiso de lectura)");
 }
 
 int EnteroDeOpcion(const std::string& texto, const std::string& opcion, int minimo, int maximo) {

@@ -26,6 +26,14 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// An input file that cannot serve as given: missing, a folder, unreadable,
+/// or not split as the options say. Status 2, like any wrong usage, but
+/// without the command's help: the message names the option and the file.
+class ErrorArchivoEntrada : public ErrorUso {
+public:
+    using ErrorUso::ErrorUso;
+};
+
 /// A refusal the user can fix (a bad value, an existing company). Status 1.
 class Rehusado : public std::runtime_error {
 public:
@@ -95,6 +103,12 @@ void IniciaSesionCli(Sesion& s, Contexto& ctx);
 /// The base folder: --base, else the stored `RutaAcceso`. Refuses when the
 /// folder holds no company table.
 std::string BaseRequerida(Contexto& ctx);
+
+/// Refuses, before anything runs, an input path given to `opcion` (written
+/// without its dashes, e.g. "catalogo" or "mes 03") that is empty, does
+/// not exist, is a folder or another thing than a plain file, or cannot be
+/// read: ErrorArchivoEntrada naming the option and the path.
+void VerificaArchivoEntrada(const std::string& ruta, const std::string& opcion);
 
 /// A whole number within limits, or ErrorUso naming the option.
 int EnteroDeOpcion(const std::string& texto, const std::string& opcion, int minimo, int maximo);

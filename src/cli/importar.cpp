@@ -114,16 +114,20 @@ public:
     int ejecuta(const Argumentos& args, Contexto& ctx) override {
         ArchivosImportacion archivos;
         archivos.catalogo = args.valor("catalogo").value_or("");
+        if (args.tiene("catalogo")) VerificaArchivoEntrada(archivos.catalogo, "catalogo");
         archivos.saldosIniciales = args.valor("saldos-iniciales").value_or("");
+        if (args.tiene("saldos-iniciales")) VerificaArchivoEntrada(archivos.saldosIniciales, "saldos-iniciales");
         bool unArchivo = args.tiene("un-archivo");
         if (unArchivo == !args.valores("mes").empty())
             throw ErrorUso("indique las pólizas con --mes MM=ARCHIVO o con --un-archivo ARCHIVO, una de las dos");
         archivos.polizas = args.valor("un-archivo").value_or("");
+        if (unArchivo) VerificaArchivoEntrada(archivos.polizas, "un-archivo");
         for (auto& m : args.valores("mes")) {
             auto igual = m.find('=');
             if (igual == std::string::npos) throw ErrorUso("--mes espera MM=ARCHIVO: " + m);
             int mes = EnteroDeOpcion(m.substr(0, igual), "mes", 1, 12);
             archivos.meses[static_cast<size_t>(mes - 1)] = m.substr(igual + 1);
+            VerificaArchivoEntrada(m.substr(igual + 1), "mes " + DosDigitos(mes));
         }
         Sesion s;
         ProgresoTerminal progreso;
@@ -148,13 +152,14 @@ public:
         return o;
     }
     int ejecuta(const Argumentos& args, Contexto& ctx) override {
+        std::string ruta = args.valor("archivo").value_or("");
+        if (args.tiene("archivo")) VerificaArchivoEntrada(ruta, "archivo");
         Sesion s;
         ProgresoTerminal progreso;
         s.progreso = &progreso;
         IniciaSesionCli(s, ctx);
         PreparaDecision(ctx.interaccion, args, s);
         auto importador = Importador82(s, args, false);
-        std::string ruta = args.valor("archivo").value_or("");
         return Corre(s, [&] { return EjecutaSaldosAnioAnterior(s, importador, ruta); });
     }
 };

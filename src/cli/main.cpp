@@ -87,6 +87,9 @@ int Ejecuta(std::vector<std::string> args) {
         }
     try {
         return comando->ejecuta(comando->analiza(args), ctx);
+    } catch (const ErrorArchivoEntrada& e) {
+        std::cerr << "velmorant-cli: " << e.what() << "\n";
+        return kUsoIncorrecto;
     } catch (const ErrorUso& e) {
         std::cerr << "velmorant-cli: " << e.what() << "\n\n" << comando->ayuda();
         return kUsoIncorrecto;

@@ -1,0 +1,112 @@
+// `velmorant-cli importar` and `saldos-anterior` run as a user would, on a
+// small company: what is refused before the run starts, and what the run
+// says on the way.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "support/Entorno.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Resultado = velmorant::prueba::ResultadoProceso;
+
+const char* kCatalogo =
+    "Cuenta|Descripcion|Naturaleza|Saldo\n"
+    "100-00-00|Activo|D|1000\n"
+    "100-01-00|Bancos|D|1000\n"
+    "100-01-01|Banco uno|D|1000\n"
+    "400-00-00|Ventas|A|-1000\n"
+    "400-01-00|Ventas nacionales|A|-1000\n"
+    "400-01-01|Mostrador|A|-1000\n";
+
+std::string Mes(int mes) {
+    std::string fecha = "|" + std::to_string(mes) + "|2025";
+    return "Poliza|Tipo|Dia|Mes|Anio|Cuenta|Ref|Concepto|Cargo|Abono\n"
+           "1|Dr|3" + fecha + "|100-01-01|cobro|Venta|200|0\n"
+           "1|Dr|3" + fecha + "|400-01-01|venta|Venta|0|200\n";
+}
+
+class ImportarCli : public ::testing::Test {
+protected:
+    velmorant::prueba::CarpetaTemporal dir;
+
+    Resultado Corre(const std::string& argumentos) {
+        return velmorant::prueba::CorreProceso("XDG_CONFIG_HOME='" + dir.texto() + "config' VELMORANT_DATOS='" +
+                                               dir.texto() + "datos' '" VELMORANT_CLI "' " + argumentos);
+    }
+    std::string ruta(const std::string& nombre) { return dir.texto() + nombre; }
+    void escribe(const std::string& nombre, const std::string& texto) { std::ofstream(ruta(nombre)) << texto; }
+    // The options of a run on the files written by SetUp, with `resto` after them.
+    std::string importar(const std::string& resto) {
+        return "importar --enlace 82 --separador '|' --configuracion T --catalogo '" + ruta("catalogo.txt") +
+               "' --mes 01='" + ruta("ene.txt") + "' " + resto;
+    }
+
+    void SetUp() override {
+        ASSERT_EQ(Corre("base crear '" + ruta("base") + "'").estado, 0);
+        auto r = Corre("--base '" + ruta("base") +
+                       "' empresa crear --nombre-corto DEMO --nombre Demo --ejercicio 2025 --formato 999-99-99 "
+                       "--separador - --niveles 3,2,2 --cat-arbol");
+        ASSERT_EQ(r.estado, 0) << r.salida;
+        ASSERT_EQ(Corre("--base '" + ruta("base") + "' empresa abrir DEMO 2025").estado, 0);
+        r = Corre("configuracion crear T --enlace 82 --si PIniCuenta=1 PIniDescripcion=2 PIniNaturaleza=3 "
+                  "PIniSdoIni=4 PIniNumPol=1 PIniTipo=2 PIniDia=3 PIniMes=4 PIniAnio=5 PIniCtaPol=6 PIniRef=7 "
+                  "PIniConcept=8 PIniCargo=9 PIniAbono=10");
+        ASSERT_EQ(r.estado, 0) << r.salida;
+        escribe("catalogo.txt", kCatalogo);
+        escribe("ene.txt", Mes(1));
+        escribe("feb.txt", Mes(2));
+    }
+
+    // Vouchers in the company, by the `polizas` command's closing line.
+    std::string polizas() {
+        auto r = Corre("polizas");
+        auto p = r.salida.find("Pólizas: ");
+        return p == std::string::npos ? r.salida : r.salida.substr(p);
+    }
+};
+
+}  // namespace
+
+TEST_F(ImportarCli, UnaRutaDeEntradaQueNoSirveSeRehusaAntesDeEmpezar) {
+    ASSERT_EQ(Corre(importar("--continuar")).estado, 0);
+    ASSERT_EQ(polizas(), "Pólizas: 1, partidas: 2\n");
+    fs::create_directories(ruta("carpeta"));
+    struct Caso {
+        std::string argumentos;
+        std::string nombrado;
+    } casos[] = {
+        // A typo in a month file would have logged every voucher of the month as dropped.
+        {"importar --enlace 82 --separador '|' --configuracion T --catalogo '" + ruta("catalogo.txt") +
+             "' --mes 01='" + ruta("nee.txt") + "' --continuar",
+         "--mes 01: no existe el archivo " + ruta("nee.txt")},
+        {"importar --enlace 82 --separador '|' --configuracion T --catalogo /no/existe --mes 01='" + ruta("ene.txt") +
+             "' --continuar",
+         "--catalogo: no existe el archivo /no/existe"},
+        {importar("--saldos-iniciales '" + ruta("carpeta") + "' --continuar"),
+         "--saldos-iniciales: " + ruta("carpeta") + " es una carpeta, no un archivo"},
+        {"importar --enlace 82 --separador '|' --configuracion T --catalogo '" + ruta("catalogo.txt") +
+             "' --un-archivo /dev/null --continuar",
+         "--un-archivo: /dev/null no es un archivo común"},
+        {"importar --enlace 82 --separador '|' --configuracion T --catalogo '" + ruta("catalogo.txt") +
+             "' --mes 01= --continuar",
+         "--mes 01: falta la ruta del archivo"},
+        {"saldos-anterior --enlace 82 --separador '|' --configuracion T --archivo '" + ruta("no-hay.txt") +
+             "' --continuar",
+         "--archivo: no existe el archivo " + ruta("no-hay.txt")},
+    };
+    for (auto& c : casos) {
+        auto r = Corre(c.argumentos);
+        EXPECT_EQ(r.estado, 2) << c.argumentos << "\n" << r.salida;
+        EXPECT_NE(r.salida.find(c.nombrado), std::string::npos) << c.argumentos << "\n" << r.salida;
+        // Refused before the run: no session, no progress, no company touched.
+        EXPECT_EQ(r.salida.find("VELMORANT Ver."), std::string::npos) << r.salida;
+        EXPECT_EQ(r.salida.find("Uso: "), std::string::npos) << "no help after a file refused\n" << r.salida;
+    }
+    EXPECT_EQ(polizas(), "Pólizas: 1, partidas: 2\n");
+}
