@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "layouts/DelimitadorArchivo.h"
 #include "platform/Ajustes.h"
 #include "platform/Numeros.h"
 #include "session/Funciones.h"
@@ -123,6 +124,15 @@ void VerificaArchivoEntrada(const std::string& ruta, const std::string& opcion) 
         throw ErrorArchivoEntrada(quien + ruta + " no es un archivo común");
     if (!std::ifstream(ruta, std::ios::binary))
         throw ErrorArchivoEntrada(quien + "no se puede leer el archivo " + ruta + " (sin permiso de lectura)");
+}
+
+void VerificaSeparadorEntrada(const std::string& ruta, const std::string& separador) {
+    long linea = LineaSinDelimitador(ruta, separador);
+    if (linea == 0) return;
+    std::string cual = separador == "\t" ? "el tabulador" : "'" + separador + "'";
+    throw ErrorArchivoEntrada(MensajeArchivoSinDelimitar(ruta) + "\nLa línea " + std::to_string(linea) +
+                              " no contiene el separador indicado (" + cual +
+                              "); revise --separador o --tabulador.");
 }
 
 int EnteroDeOpcion(const std::string& texto, const std::string& opcion, int minimo, int maximo) {

@@ -110,6 +110,12 @@ std::string BaseRequerida(Contexto& ctx);
 /// read: ErrorArchivoEntrada naming the option and the path.
 void VerificaArchivoEntrada(const std::string& ruta, const std::string& opcion);
 
+/// Refuses, before anything runs, a delimited text file that `separador`
+/// (the text of --separador, or a tab for --tabulador) does not split, as the
+/// desktop's preview of the layout does: ErrorArchivoEntrada with the
+/// system's "no se encuentra delimitado" message, the line and a hint.
+void VerificaSeparadorEntrada(const std::string& ruta, const std::string& separador);
+
 /// A whole number within limits, or ErrorUso naming the option.
 int EnteroDeOpcion(const std::string& texto, const std::string& opcion, int minimo, int maximo);
 std::vector<int> ListaDeEnteros(const std::string& texto, const std::string& opcion, int minimo, int maximo);

@@ -29,14 +29,19 @@ std::vector<Opcion> OpcionesDeLectura() {
             {"reporte-detalle", "ARCHIVO", "si se perdieron renglones de la cédula, escribe su reporte (.pdf, .html o .csv)"}};
 }
 
+// The delimiter text of the run: --separador C or --tabulador.
+std::string SeparadorDeLectura(const Argumentos& args) {
+    if (args.tiene("separador") == args.tiene("tabulador"))
+        throw ErrorUso("indique --separador C o --tabulador, uno de los dos");
+    return args.tiene("tabulador") ? "\t" : *args.valor("separador");
+}
+
 // The importer of the run, with its layout loaded. Refuses what it cannot use.
 ImportadorTextoDelimitado Importador82(Sesion& s, const Argumentos& args, bool unArchivo) {
     if (EnteroDeOpcion(args.requerido("enlace"), "enlace", 1, 999) != 82)
         throw Rehusado("Sólo el enlace 82 (texto genérico delimitado) se importa por ahora.");
-    if (args.tiene("separador") == args.tiene("tabulador"))
-        throw ErrorUso("indique --separador C o --tabulador, uno de los dos");
     LecturaDelimitada lectura;
-    lectura.separador = args.tiene("tabulador") ? "\t" : *args.valor("separador");
+    lectura.separador = SeparadorDeLectura(args);
     lectura.Titulos = !args.tiene("sin-titulos");
     if (!UsaConfiguracionTexto(s, args.requerido("configuracion"), lectura))
         throw Rehusado("La configuración '" + *args.valor("configuracion") + "' no existe; créela con "
@@ -129,6 +134,14 @@ public:
             archivos.meses[static_cast<size_t>(mes - 1)] = m.substr(igual + 1);
             VerificaArchivoEntrada(m.substr(igual + 1), "mes " + DosDigitos(mes));
         }
+        // The files the desktop previews in the layout form: the chart, the
+        // opening balances, the first voucher file.
+        std::string separador = SeparadorDeLectura(args);
+        std::string primeraPolizas = archivos.polizas;
+        for (auto& m : archivos.meses)
+            if (primeraPolizas.empty()) primeraPolizas = m;
+        for (auto* ruta : {&archivos.catalogo, &archivos.saldosIniciales, &primeraPolizas})
+            if (!ruta->empty()) VerificaSeparadorEntrada(*ruta, separador);
         Sesion s;
         ProgresoTerminal progreso;
         s.progreso = &progreso;
@@ -154,6 +167,7 @@ public:
     int ejecuta(const Argumentos& args, Contexto& ctx) override {
         std::string ruta = args.valor("archivo").value_or("");
         if (args.tiene("archivo")) VerificaArchivoEntrada(ruta, "archivo");
+        if (!ruta.empty()) VerificaSeparadorEntrada(ruta, SeparadorDeLectura(args));
         Sesion s;
         ProgresoTerminal progreso;
         s.progreso = &progreso;

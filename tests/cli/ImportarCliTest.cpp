@@ -110,3 +110,31 @@ TEST_F(ImportarCli, UnaRutaDeEntradaQueNoSirveSeRehusaAntesDeEmpezar) {
     }
     EXPECT_EQ(polizas(), "Pólizas: 1, partidas: 2\n");
 }
+
+TEST_F(ImportarCli, UnSeparadorEquivocadoDaElMensajeDelArchivoSinDelimitar) {
+    // '|' files read with tabs: each line would be one long account code.
+    auto r = Corre("importar --enlace 82 --tabulador --configuracion T --catalogo '" + ruta("catalogo.txt") +
+                   "' --mes 01='" + ruta("ene.txt") + "' --continuar");
+    EXPECT_EQ(r.estado, 2) << r.salida;
+    EXPECT_NE(r.salida.find("El archivo " + ruta("catalogo.txt") +
+                            " no se encuentra delimitado por el caracter que indico."),
+              std::string::npos)
+        << r.salida;
+    EXPECT_NE(r.salida.find("--separador"), std::string::npos) << r.salida;
+    EXPECT_EQ(r.salida.find("caracteres y caben"), std::string::npos) << r.salida;
+    EXPECT_EQ(polizas(), "Pólizas: 0, partidas: 0\n");
+
+    // The voucher file is looked at as well, and the prior-year file.
+    escribe("ene-tab.txt", "Poliza\tTipo\n1\tDr\n");
+    escribe("catalogo-tab.txt", "Cuenta\tDescripcion\n100-00-00\tActivo\n");
+    r = Corre("importar --enlace 82 --tabulador --configuracion T --catalogo '" + ruta("catalogo-tab.txt") +
+              "' --mes 01='" + ruta("ene.txt") + "' --mes 02='" + ruta("ene-tab.txt") + "' --continuar");
+    EXPECT_EQ(r.estado, 2) << r.salida;
+    EXPECT_NE(r.salida.find("El archivo " + ruta("ene.txt") + " no se encuentra delimitado"), std::string::npos)
+        << r.salida;
+    r = Corre("saldos-anterior --enlace 82 --separador '^' --configuracion T --archivo '" + ruta("catalogo.txt") +
+              "' --continuar");
+    EXPECT_EQ(r.estado, 2) << r.salida;
+    EXPECT_NE(r.salida.find("El archivo " + ruta("catalogo.txt") + " no se encuentra delimitado"), std::string::npos)
+        << r.salida;
+}
