@@ -173,6 +173,26 @@ std::string FechaReporte(const Fecha& f) {
     return dd + "/" + kMeses[f.mes() - 1] + "/" + std::string(aaaa.size() < 4 ? 4 - aaaa.size() : 0, '0') + aaaa;
 }
 
+ConteoInconsistencias CuentaInconsistencias(Sesion& s) {
+    ConteoInconsistencias c;
+    std::string ruta = RutaAlmacen(s, kInconsisImpTmp);
+    if (!ExisteArchivo(ruta)) return c;
+    BaseDatos db(ruta, BaseDatos::Modo::SoloLectura);
+    Sentencia st = db.prepara("SELECT ClasifError, COUNT(*) FROM InconsisImpTmp GROUP BY ClasifError");
+    while (st.paso()) {
+        std::string clase = st.columna(0).texto();
+        long n = static_cast<long>(st.columna(1).entero());
+        (clase == "A" ? c.nuevas : clase == "C" ? c.cambios : clase == "B" ? c.bajas : c.otras) += n;
+    }
+    return c;
+}
+
+std::string TextoConteoInconsistencias(const ConteoInconsistencias& c) {
+    return "Nuevas: " + std::to_string(c.nuevas) + ", con cambios: " + std::to_string(c.cambios) +
+           ", dadas de baja: " + std::to_string(c.bajas) + ", otras: " + std::to_string(c.otras) + " (" +
+           std::to_string(c.total()) + " en total).";
+}
+
 Reporte LeeResumenInconsistencias(Sesion& s) {
     return Lee(s, "Resumen de inconsistencias", kInconsisImpTmp,
                "SELECT I.Referencia, I.FuenteError, I.ClasifError, I.Poliza, I.Tipo, I.Fecha, I.Cuenta, "

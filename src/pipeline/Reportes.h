@@ -38,6 +38,22 @@ struct Reporte {
     int columna(const std::string& nombre) const;
 };
 
+/// The rows of `InconsisImpTmp` by `ClasifError`: new in the source ("A"),
+/// changed ("C"), gone from it ("B"), and the others (defects "D", remarks
+/// of the readers "O", anything else).
+struct ConteoInconsistencias {
+    long nuevas = 0;
+    long cambios = 0;
+    long bajas = 0;
+    long otras = 0;
+    long total() const { return nuevas + cambios + bajas + otras; }
+};
+
+/// Counts the log by a connection of its own; a missing log counts nothing.
+ConteoInconsistencias CuentaInconsistencias(Sesion& s);
+/// "Nuevas: 3, con cambios: 2, dadas de baja: 1, otras: 4 (10 en total)."
+std::string TextoConteoInconsistencias(const ConteoInconsistencias& c);
+
 /// "dd/mmm/yyyy" with the Spanish month abbreviation: "05/ene/2024".
 std::string FechaReporte(const Fecha& f);
 

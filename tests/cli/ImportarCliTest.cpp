@@ -138,3 +138,22 @@ TEST_F(ImportarCli, UnSeparadorEquivocadoDaElMensajeDelArchivoSinDelimitar) {
     EXPECT_NE(r.salida.find("El archivo " + ruta("catalogo.txt") + " no se encuentra delimitado"), std::string::npos)
         << r.salida;
 }
+
+TEST_F(ImportarCli, AntesDeDecidirSeDiceCuantasInconsistenciasHayDeCadaClase) {
+    ASSERT_EQ(Corre(importar("--continuar")).estado, 0);
+    // The second delivery: a new account, a new voucher in January, and a
+    // February line on an account the chart lacks.
+    escribe("catalogo.txt", std::string(kCatalogo) + "100-01-02|Banco dos|D|0\n");
+    escribe("ene.txt", Mes(1) + "2|Dr|5|1|2025|100-01-02|x|Otra|5|0\n2|Dr|5|1|2025|400-01-01|x|Otra|0|5\n");
+    escribe("feb.txt", Mes(2) + "2|Dr|4|2|2025|999-99-99|x|Otra|5|0\n");
+    auto r = Corre(importar("--mes 02='" + ruta("feb.txt") + "' --cancelar"));
+    EXPECT_EQ(r.estado, 1) << r.salida;
+    auto texto = r.salida.find("Se encontraron inconsistencias, ¿ Desea continuar con la importación ?");
+    auto conteo = r.salida.find("Nuevas: 2, con cambios: 0, dadas de baja: 0, otras: 1 (3 en total).");
+    auto respuesta = r.salida.find("Respuesta: cancelar (--cancelar)");
+    ASSERT_NE(texto, std::string::npos) << r.salida;
+    ASSERT_NE(conteo, std::string::npos) << r.salida;
+    ASSERT_NE(respuesta, std::string::npos) << r.salida;
+    EXPECT_LT(texto, conteo);
+    EXPECT_LT(conteo, respuesta);
+}

@@ -202,6 +202,26 @@ TEST_F(ReportesInconsistencias, ElMensajeDeInconsistenciasMuestraElReporteLasVec
     EXPECT_TRUE(interaccion.mensajes.empty());
 }
 
+TEST_F(ReportesInconsistencias, LaDecisionSeTomaViendoCuantasHayDeCadaClase) {
+    tresFilas();  // A, A, D
+    registra("La Póliza se dio de baja.", "Pólizas", "B", Fecha(2023, 2, 1), "");
+    registra("La descripción de la cuenta ha cambiado: Anterior -> Caja Nuevo -> Cajas", "Catálogo de Cuentas", "C",
+             Valor(), "1010000");
+    registra("No se registró  el movimiento D ,$5.00 de la Póliza, ya que la Cuenta no existe.", "Pólizas", "O",
+             Fecha(2023, 2, 1), "999");
+    interaccion.decisiones = {DecisionInconsistencias::VerReporte, DecisionInconsistencias::Continuar};
+    EXPECT_TRUE(MuestraMsgInconsistencias(s));
+    ASSERT_EQ(interaccion.conteos.size(), 2u);  // shown again after the report
+    for (auto& c : interaccion.conteos) {
+        EXPECT_EQ(c.nuevas, 2);
+        EXPECT_EQ(c.cambios, 1);
+        EXPECT_EQ(c.bajas, 1);
+        EXPECT_EQ(c.otras, 2);  // the defect and the reader's remark
+    }
+    EXPECT_EQ(TextoConteoInconsistencias(interaccion.conteos[0]),
+              "Nuevas: 2, con cambios: 1, dadas de baja: 1, otras: 2 (6 en total).");
+}
+
 TEST_F(ReportesInconsistencias, SinPlantillaElUsuarioAunPuedeContinuarOCancelar) {
     fs::remove(s.RutaBase + kPlantillaResumen);
     using D = DecisionInconsistencias;
