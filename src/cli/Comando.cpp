@@ -1,5 +1,6 @@
 #include "cli/Comando.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -33,6 +34,36 @@ std::vector<FabricaComando>& RegistroComandos() {
     static std::vector<FabricaComando> registro;
     return registro;
 }
+
+std::string PrimeraFrase(const std::string& texto) {
+    std::string r;
+    for (size_t i = 0; i < texto.size(); ++i) {
+        char c = texto[i] == '\n' ? ' ' : texto[i];
+        r += c;
+        // A period that ends the text or is followed by a blank ends the sentence.
+        if (c == '.' && (i + 1 == texto.size() || texto[i + 1] == ' ' || texto[i + 1] == '\n')) break;
+    }
+    return r;
+}
+
+std::string Envuelve(const std::string& texto, size_t sangria, size_t ancho) {
+    auto caracteres = [](const std::string& t) {
+        return static_cast<size_t>(std::count_if(t.begin(), t.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+    };
+    std::istringstream palabras(texto);
+    std::string r, linea, palabra;
+    size_t disponible = ancho > sangria ? ancho - sangria : 1;
+    while (palabras >> palabra) {
+        if (!linea.empty() && caracteres(linea) + 1 + caracteres(palabra) > disponible) {
+            r += linea + "\n" + std::string(sangria, ' ');
+            linea.clear();
+        }
+        linea += (linea.empty() ? "" : " ") + palabra;
+    }
+    return r + linea;
+}
+
+std::string Comando::resumen() const { return PrimeraFrase(descripcion()); }
 
 std::string Comando::ayuda() const {
     std::ostringstream o;

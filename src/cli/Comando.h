@@ -78,6 +78,9 @@ public:
     /// The command's words, e.g. "empresa crear".
     virtual std::string nombre() const = 0;
     virtual std::string descripcion() const = 0;
+    /// One whole sentence for the list of commands; by default the first
+    /// sentence of the description.
+    virtual std::string resumen() const;
     virtual std::vector<Opcion> opciones() const { return {}; }
     /// Positional arguments as shown in the usage line, e.g. "DIR"; a last one
     /// written "NAME..." takes one or more values.
@@ -95,6 +98,14 @@ std::vector<FabricaComando>& RegistroComandos();
 struct RegistraComando {
     explicit RegistraComando(FabricaComando f) { RegistroComandos().push_back(std::move(f)); }
 };
+
+/// The first sentence of a text written over several lines, on one line.
+std::string PrimeraFrase(const std::string& texto);
+
+/// `texto` cut into lines of at most `ancho` characters at blanks, every
+/// line after the first indented by `sangria` blanks (the first is
+/// preceded by whatever the caller wrote). Ends without a line break.
+std::string Envuelve(const std::string& texto, size_t sangria, size_t ancho = 79);
 
 /// Starts the session as the desktop program would, with the global options
 /// in place of the settings.

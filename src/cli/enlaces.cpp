@@ -12,6 +12,7 @@ namespace {
 class EnlacesComando : public Comando {
 public:
     std::string nombre() const override { return "enlaces"; }
+    std::string resumen() const override { return "Lista los enlaces (sistemas contables) liberados."; }
     std::string descripcion() const override {
         return "Lista los enlaces (sistemas contables) liberados como los muestra la lista del\n"
                "programa de escritorio: sólo los comerciales, salvo con --todos.";

@@ -102,6 +102,7 @@ int Corre(Sesion& s, F&& corrida) {
 class ImportarComando : public Comando {
 public:
     std::string nombre() const override { return "importar"; }
+    std::string resumen() const override { return "Importa el ejercicio de la empresa desde los archivos del cliente."; }
     std::string descripcion() const override {
         return "Importa el ejercicio de la empresa desde los archivos del cliente: catálogo,\n"
                "saldos iniciales (opcional) y pólizas, por mes (--mes MM=ARCHIVO, repetible) o en\n"
@@ -155,6 +156,7 @@ public:
 class SaldosAnteriorComando : public Comando {
 public:
     std::string nombre() const override { return "saldos-anterior"; }
+    std::string resumen() const override { return "Importa los saldos finales del ejercicio anterior."; }
     std::string descripcion() const override {
         return "Importa los saldos finales del ejercicio anterior (la pestaña del año anterior).\n"
                "La empresa ya debe tener pólizas importadas.";
