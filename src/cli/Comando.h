@@ -107,6 +107,13 @@ std::string PrimeraFrase(const std::string& texto);
 /// preceded by whatever the caller wrote). Ends without a line break.
 std::string Envuelve(const std::string& texto, size_t sangria, size_t ancho = 79);
 
+/// An error of the database engine, of the file system or of the library,
+/// as the user reads it: one Spanish sentence with what could not be done
+/// (the command) and which file, the engine's own text after it:
+/// "No fue posible completar 'resumen': la base de datos X está dañada o no
+/// es una base de datos (file is not a database)."
+std::string TextoErrorMotor(const std::exception& error, const std::string& comando);
+
 /// Starts the session as the desktop program would, with the global options
 /// in place of the settings.
 void IniciaSesionCli(Sesion& s, Contexto& ctx);

@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -134,6 +135,12 @@ int Ejecuta(std::vector<std::string> args) {
     } catch (const ErrorUso& e) {
         std::cerr << "velmorant-cli: " << e.what() << "\n\n" << comando->ayuda();
         return kUsoIncorrecto;
+    } catch (const ErrorBaseDatos& e) {
+        std::cerr << "velmorant-cli: " << TextoErrorMotor(e, comando->nombre()) << "\n";
+        return kProgramaTerminado;
+    } catch (const std::filesystem::filesystem_error& e) {
+        std::cerr << "velmorant-cli: " << TextoErrorMotor(e, comando->nombre()) << "\n";
+        return kProgramaTerminado;
     }
 }
 

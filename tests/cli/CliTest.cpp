@@ -197,3 +197,24 @@ TEST_F(CliTest, ElReadmeNombraCadaOpcionDeCadaComando) {
         }
     }
 }
+
+TEST_F(CliTest, UnErrorDelMotorSeDiceEnUnaFraseQueNombraLoQueNoSeHizoYElArchivo) {
+    CreaDemo();
+    std::string log = base() + "/2025_DEMO/InconsisImpTmp.sqlite";
+    std::ofstream(log, std::ios::trunc) << std::string(4096, '#');
+    auto r = Corre("--base '" + base() + "' --empresa DEMO --ejercicio 2025 resumen");
+    EXPECT_EQ(r.estado, 3) << r.salida;
+    EXPECT_NE(r.salida.find("No fue posible completar 'resumen': la base de datos " + log +
+                            " está dañada o no es una base de datos"),
+              std::string::npos)
+        << r.salida;
+    EXPECT_NE(r.salida.find("file is not a database"), std::string::npos) << "the engine's own words follow";
+
+    // A folder that cannot be made: a file stands where a folder should.
+    std::ofstream(dir.texto() + "archivo") << "x";
+    auto b = Corre("base crear '" + dir.texto() + "archivo/base'");
+    EXPECT_EQ(b.estado, 3) << b.salida;
+    EXPECT_NE(b.salida.find("No fue posible completar 'base crear': "), std::string::npos) << b.salida;
+    EXPECT_NE(b.salida.find(dir.texto() + "archivo/base"), std::string::npos) << b.salida;
+    EXPECT_EQ(b.salida.find("filesystem error"), std::string::npos) << b.salida;
+}
