@@ -104,7 +104,7 @@ private:
         }
         if (detalle)
             EscribeTabla(o, r,
-                         {{"Cuenta", "Cuenta"}, {"Poliza", "Póliza"}, {"Tipo", "Tipo"}, {"Fecha", "Fecha"},
+                         {{"Cuenta_Fmtda", "Cuenta"}, {"Poliza", "Póliza"}, {"Tipo", "Tipo"}, {"Fecha", "Fecha"},
                           {"TipoMov", "Mov."}, {"Importe", "Importe"}, {"Referencia", "Referencia"}});
         else
             EscribeTabla(o, r,
