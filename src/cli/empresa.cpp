@@ -77,9 +77,13 @@ public:
         if (empresas.escalar("SELECT IdEmpresa FROM Empresas WHERE NombCorto=? AND Ejercicio=?", nombreCorto, ejercicio)
                 .esNulo())
             throw Rehusado("La empresa " + nombreCorto + " (" + std::to_string(ejercicio) + ") no existe en " + base);
-        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "RutaAcceso", base);
-        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_NombreCorto", nombreCorto);
-        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_Ejercicio", std::to_string(ejercicio));
+        bool guardado = GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "RutaAcceso", base) &&
+                        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_NombreCorto", nombreCorto) &&
+                        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_Ejercicio",
+                                     std::to_string(ejercicio));
+        if (!guardado)
+            throw std::runtime_error("No fue posible guardar los ajustes del producto de auditoría en " +
+                                     LugarAjustes(kAplicacionAuditoria) + ": la empresa no quedó abierta.");
         ctx.salida << "Empresa abierta: " << nombreCorto << " (" << ejercicio << ") en " << base << "\n";
         return kHecho;
     }

@@ -218,3 +218,42 @@ TEST_F(CliTest, UnErrorDelMotorSeDiceEnUnaFraseQueNombraLoQueNoSeHizoYElArchivo)
     EXPECT_NE(b.salida.find(dir.texto() + "archivo/base"), std::string::npos) << b.salida;
     EXPECT_EQ(b.salida.find("filesystem error"), std::string::npos) << b.salida;
 }
+
+TEST_F(CliTest, LoQueNoSePuedeGuardarSeDiceYLoQueNoSirveSeRehusaEnEspanol) {
+    CreaDemo();
+    // The settings folder cannot be made: a file stands where it should be.
+    std::ofstream(dir.texto() + "no-es-carpeta") << "x";
+    auto abrir = velmorant::prueba::CorreProceso("XDG_CONFIG_HOME='" + dir.texto() + "no-es-carpeta/config' '" +
+                                                 VELMORANT_CLI + "' --base '" + base() + "' empresa abrir DEMO 2025");
+    EXPECT_NE(abrir.estado, 0) << abrir.salida;
+    EXPECT_NE(abrir.salida.find("No fue posible guardar los ajustes"), std::string::npos) << abrir.salida;
+    EXPECT_EQ(abrir.salida.find("Empresa abierta"), std::string::npos) << abrir.salida;
+
+    // A short name too long for its field, or not text at all.
+    auto entradas = std::distance(std::filesystem::directory_iterator(base()), std::filesystem::directory_iterator());
+    std::string crear = "--base '" + base() + "' empresa crear --nombre X --ejercicio 2025 --formato 9 --niveles 1 "
+                        "--nombre-corto ";
+    auto largo = Corre(crear + std::string(300, 'A'));
+    EXPECT_EQ(largo.estado, 1) << largo.salida;
+    EXPECT_NE(largo.salida.find("El nombre corto tiene 300 caracteres y caben 50"), std::string::npos) << largo.salida;
+    auto bytes = Corre(crear + "'AB\xff\xfe" "C'");
+    EXPECT_EQ(bytes.estado, 1) << bytes.salida;
+    EXPECT_NE(bytes.salida.find("El nombre corto no es un texto válido"), std::string::npos) << bytes.salida;
+    EXPECT_EQ(bytes.salida.find("\xff"), std::string::npos) << "no raw bytes in the message";
+    velmorant::BaseDatos empresas(base() + "/Empresas.sqlite", velmorant::BaseDatos::Modo::SoloLectura);
+    EXPECT_EQ(empresas.escalar("SELECT COUNT(*) FROM Empresas").entero(), 1);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(base()), std::filesystem::directory_iterator()),
+              entradas) << "no company folder was made";
+}
+
+TEST_F(CliTest, ElGeneradorDeLaDemoMuestraSuUsoEnLugarDeEscribirEnUnaCarpetaLlamadaHelp) {
+    for (std::string opcion : {"--help", "-h"}) {
+        auto r = velmorant::prueba::CorreProceso("cd '" + dir.texto() + "' && '" VELMORANT_GENERA_DEMO "' " + opcion);
+        EXPECT_EQ(r.estado, 0) << r.salida;
+        EXPECT_NE(r.salida.find("Uso: velmorant-genera-demo DIR"), std::string::npos) << r.salida;
+        EXPECT_FALSE(std::filesystem::exists(dir.ruta() / opcion)) << opcion;
+    }
+    auto r = velmorant::prueba::CorreProceso("cd '" + dir.texto() + "' && '" VELMORANT_GENERA_DEMO "' --variante 2");
+    EXPECT_EQ(r.estado, 2) << r.salida;
+    EXPECT_FALSE(std::filesystem::exists(dir.ruta() / "--variante"));
+}
