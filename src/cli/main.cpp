@@ -16,13 +16,16 @@ using namespace velmorant::cli;
 
 namespace {
 
+// The first word of a command's name: "empresa" of "empresa crear".
+std::string PrimeraPalabra(const std::string& nombre) { return nombre.substr(0, nombre.find(' ')); }
+
 // One line per command (of `grupo` only, when given): its name and its
 // summary, wrapped under itself.
 void ListaComandos(std::ostream& o, const std::string& grupo) {
     constexpr size_t kColumna = 24;
     for (auto& f : RegistroComandos()) {
         auto c = f();
-        if (!grupo.empty() && c->nombre().substr(0, c->nombre().find(' ')) != grupo) continue;
+        if (!grupo.empty() && PrimeraPalabra(c->nombre()) != grupo) continue;
         std::string n = "  " + c->nombre() + " ";
         if (n.size() < kColumna) n += std::string(kColumna - n.size(), ' ');
         o << n << Envuelve(c->resumen(), kColumna) << "\n";
@@ -43,10 +46,7 @@ void AyudaGeneral(std::ostream& o) {
          "'velmorant-cli COMANDO --help' describe cada comando.\n";
 }
 
-// The first word of a command's name: "empresa" of "empresa crear".
-std::string PrimeraPalabra(const std::string& nombre) { return nombre.substr(0, nombre.find(' ')); }
-
-// The commands whose name has more than one word and starts with `grupo`.
+// True when some command's name has more than one word and starts with `grupo`.
 bool EsGrupo(const std::string& grupo) {
     for (auto& f : RegistroComandos()) {
         auto c = f();
@@ -117,7 +117,8 @@ int Ejecuta(std::vector<std::string> args) {
             AyudaGrupo(std::cout, args.front());
             return kHecho;
         }
-        if (args.size() > 1) std::cerr << "velmorant-cli: subcomando desconocido: " << args.front() << " " << args[1] << "\n\n";
+        if (args.size() > 1)
+            std::cerr << "velmorant-cli: subcomando desconocido: " << args.front() << " " << args[1] << "\n\n";
         AyudaGrupo(std::cerr, args.front());
         return kUsoIncorrecto;
     }
