@@ -34,7 +34,7 @@ class Callada : public Interaccion {
 public:
     bool mensaje(TipoMensaje, const std::string&, const std::string&) override { return false; }
     std::string eligeArchivo(const std::string&, const std::string&) override { return ""; }
-    DecisionInconsistencias decideInconsistencias(const std::string&) override {
+    DecisionInconsistencias decideInconsistencias(const std::string&, const ConteoInconsistencias&) override {
         return DecisionInconsistencias::Continuar;
     }
 };

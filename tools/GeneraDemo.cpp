@@ -508,9 +508,23 @@ private:
 
 }  // namespace
 
+constexpr const char* kUso =
+    "Uso: velmorant-genera-demo DIR [--variante 1|2] [--lineas N] [--xml]\n"
+    "     velmorant-genera-demo --trabajo-revision EMPRESA.sqlite\n\n"
+    "Escribe en DIR el ejercicio de un cliente de demostración en texto delimitado por '|'\n"
+    "(variante 1: la primera entrega; 2: la segunda, con los cambios de una reimportación),\n"
+    "con --xml también en los XML de contabilidad electrónica,\n"
+    "o el trabajo de revisión del auditor en la base de la empresa.\n";
+
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::cerr << "Uso: velmorant-genera-demo DIR [--variante 1|2] [--lineas N] [--xml]\n";
+    std::string primero = argc > 1 ? argv[1] : "";
+    if (primero == "--help" || primero == "-h") {
+        std::cout << kUso;
+        return 0;
+    }
+    // The folder comes first; an option in its place is a mistake, not a folder name.
+    if (argc < 2 || (primero.rfind("-", 0) == 0 && primero != "--trabajo-revision")) {
+        std::cerr << kUso;
         return 2;
     }
     if (std::string(argv[1]) == "--trabajo-revision" && argc == 3) {

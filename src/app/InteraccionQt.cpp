@@ -74,9 +74,11 @@ std::string InteraccionQt::eligeArchivoEn(const std::string& filtro, const std::
     return QDir::toNativeSeparators(ruta).toStdString();
 }
 
-DecisionInconsistencias InteraccionQt::decideInconsistencias(const std::string& titulo) {
+DecisionInconsistencias InteraccionQt::decideInconsistencias(const std::string& titulo,
+                                                             const ConteoInconsistencias& conteo) {
     if (!msgInconsistencias_)
         msgInconsistencias_ = std::make_unique<frm000MsgInconsistencias>(QString::fromStdString(titulo), ventana());
+    msgInconsistencias_->MuestraConteo(conteo);
     DecisionInconsistencias d = msgInconsistencias_->Pregunta();
     if (d != DecisionInconsistencias::VerReporte) msgInconsistencias_.reset();
     return d;

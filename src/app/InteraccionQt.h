@@ -25,8 +25,10 @@ public:
     std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
     std::string eligeArchivoEn(const std::string& filtro, const std::string& titulo,
                                const std::string& carpeta) override;
-    /// `frm000MsgInconsistencias`: it stays on screen while its report shows.
-    DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+    /// `frm000MsgInconsistencias`, with the count by class: it stays on
+    /// screen while its report shows.
+    DecisionInconsistencias decideInconsistencias(const std::string& titulo,
+                                                  const ConteoInconsistencias& conteo) override;
     /// `frm000MsgInconsistenciasFin`, likewise.
     DecisionFinal decideFinal(const std::string& titulo) override;
     /// The report viewer, modal, until the user closes it.

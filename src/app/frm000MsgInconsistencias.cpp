@@ -7,6 +7,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "pipeline/Reportes.h"
 #include "pipeline/ReportesDecisiones.h"
 
 namespace velmorant::app {
@@ -66,6 +67,9 @@ frm000MsgInconsistencias::frm000MsgInconsistencias(const QString& titulo, QWidge
     lblMensaje = new QLabel(QString::fromUtf8(kTextoMsgInconsistencias), this);
     lblMensaje->setObjectName("lblMensaje");
     lblMensaje->setWordWrap(true);
+    lblConteo = new QLabel(this);
+    lblConteo->setObjectName("lblConteo");
+    lblConteo->setWordWrap(true);
     cmdMostrar = Boton(this, "cmdMostrar", kCaptionVerInconsistencias);
     cmdContinuar = Boton(this, "cmdContinuar", kCaptionContinuar);
     cmdCancelar = Boton(this, "cmdCancelar", kCaptionCancelar);
@@ -73,7 +77,11 @@ frm000MsgInconsistencias::frm000MsgInconsistencias(const QString& titulo, QWidge
 
     auto* mensaje = new QHBoxLayout;
     mensaje->addWidget(Icono(this, QStyle::SP_MessageBoxWarning));
-    mensaje->addWidget(lblMensaje, 1);
+    auto* textos = new QVBoxLayout;
+    textos->addWidget(lblMensaje);
+    textos->addWidget(lblConteo);
+    textos->addStretch();
+    mensaje->addLayout(textos, 1);
     auto* botones = new QHBoxLayout;
     botones->addWidget(cmdMostrar);
     botones->addStretch();
@@ -91,6 +99,10 @@ frm000MsgInconsistencias::frm000MsgInconsistencias(const QString& titulo, QWidge
             [this] { Decide(static_cast<int>(DecisionInconsistencias::Continuar), false); });
     connect(cmdCancelar, &QPushButton::clicked, this,
             [this] { Decide(static_cast<int>(DecisionInconsistencias::Cancelar), false); });
+}
+
+void frm000MsgInconsistencias::MuestraConteo(const ConteoInconsistencias& conteo) {
+    lblConteo->setText(QString::fromStdString(TextoConteoInconsistencias(conteo)));
 }
 
 DecisionInconsistencias frm000MsgInconsistencias::Pregunta() {

@@ -44,8 +44,11 @@ public:
     /// "Ver" answers `VerReporte` and the form stays; "Continuar" and
     /// "Cancelar" answer and hide it; the window's frame answers `Cerrar`.
     DecisionInconsistencias Pregunta();
+    /// The count of the log's rows by class, under the question.
+    void MuestraConteo(const ConteoInconsistencias& conteo);
 
     QLabel* lblMensaje;
+    QLabel* lblConteo;
     QPushButton* cmdMostrar;
     QPushButton* cmdContinuar;
     QPushButton* cmdCancelar;

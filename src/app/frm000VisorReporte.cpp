@@ -98,7 +98,7 @@ void frm000VisorReporte::Imprime() {
     QPrintDialog dialogo(&impresora, this);
     dialogo.setWindowTitle(windowTitle());
     if (dialogo.exec() != QDialog::Accepted) return;
-    txtReporte->document()->print(&impresora);
+    ImprimeReporte(reporte_, impresora);
 }
 
 }  // namespace velmorant::app

@@ -26,6 +26,14 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// An input file that cannot serve as given: missing, a folder, unreadable,
+/// or not split as the options say. Status 2, like any wrong usage, but
+/// without the command's help: the message names the option and the file.
+class ErrorArchivoEntrada : public ErrorUso {
+public:
+    using ErrorUso::ErrorUso;
+};
+
 /// A refusal the user can fix (a bad value, an existing company). Status 1.
 class Rehusado : public std::runtime_error {
 public:
@@ -70,6 +78,9 @@ public:
     /// The command's words, e.g. "empresa crear".
     virtual std::string nombre() const = 0;
     virtual std::string descripcion() const = 0;
+    /// One whole sentence for the list of commands; by default the first
+    /// sentence of the description.
+    virtual std::string resumen() const;
     virtual std::vector<Opcion> opciones() const { return {}; }
     /// Positional arguments as shown in the usage line, e.g. "DIR"; a last one
     /// written "NAME..." takes one or more values.
@@ -91,6 +102,21 @@ struct RegistraComando {
     explicit RegistraComando(FabricaComando f) { RegistroComandos().push_back(std::move(f)); }
 };
 
+/// The first sentence of a text written over several lines, on one line.
+std::string PrimeraFrase(const std::string& texto);
+
+/// `texto` cut into lines of at most `ancho` characters at blanks, every
+/// line after the first indented by `sangria` blanks (the first is
+/// preceded by whatever the caller wrote). Ends without a line break.
+std::string Envuelve(const std::string& texto, size_t sangria, size_t ancho = 79);
+
+/// An error of the database engine, of the file system or of the library,
+/// as the user reads it: one Spanish sentence with what could not be done
+/// (the command) and which file, the engine's own text after it:
+/// "No fue posible completar 'resumen': la base de datos X está dañada o no
+/// es una base de datos (file is not a database)."
+std::string TextoErrorMotor(const std::exception& error, const std::string& comando);
+
 /// Starts the session as the desktop program would, with the global options
 /// in place of the settings.
 void IniciaSesionCli(Sesion& s, Contexto& ctx);
@@ -98,6 +124,18 @@ void IniciaSesionCli(Sesion& s, Contexto& ctx);
 /// The base folder: --base, else the stored `RutaAcceso`. Refuses when the
 /// folder holds no company table.
 std::string BaseRequerida(Contexto& ctx);
+
+/// Refuses, before anything runs, an input path given to `opcion` (written
+/// without its dashes, e.g. "catalogo" or "mes 03") that is empty, does
+/// not exist, is a folder or another thing than a plain file, or cannot be
+/// read: ErrorArchivoEntrada naming the option and the path.
+void VerificaArchivoEntrada(const std::string& ruta, const std::string& opcion);
+
+/// Refuses, before anything runs, a delimited text file that `separador`
+/// (the text of --separador, or a tab for --tabulador) does not split, as the
+/// desktop's preview of the layout does: ErrorArchivoEntrada with the
+/// system's "no se encuentra delimitado" message, the line and a hint.
+void VerificaSeparadorEntrada(const std::string& ruta, const std::string& separador);
 
 /// A whole number within limits, or ErrorUso naming the option.
 int EnteroDeOpcion(const std::string& texto, const std::string& opcion, int minimo, int maximo);

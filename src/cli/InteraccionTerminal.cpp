@@ -96,13 +96,21 @@ void InteraccionTerminal::muestraReporte(const Reporte& r) {
     errores_ << r.filas.size() << " renglones\n";
 }
 
-DecisionInconsistencias InteraccionTerminal::decideInconsistencias(const std::string& titulo) {
+DecisionInconsistencias InteraccionTerminal::decideInconsistencias(const std::string& titulo,
+                                                                   const ConteoInconsistencias& conteo) {
+    errores_ << titulo << " — " << TextoParaTerminal(kTextoMsgInconsistencias) << "\n"
+             << TextoConteoInconsistencias(conteo) << "\n";
     if (antesDeDecidir_) {
         auto f = std::move(antesDeDecidir_);
         antesDeDecidir_ = nullptr;
         f();
     }
-    if (decision_) return *decision_;
+    if (decision_) {
+        errores_ << "Respuesta: "
+                 << (*decision_ == DecisionInconsistencias::Continuar ? "continuar (--continuar)" : "cancelar (--cancelar)")
+                 << "\n";
+        return *decision_;
+    }
     if (!hayTerminal()) {
         errores_ << titulo << ": hay inconsistencias y no se indicó --continuar ni --cancelar; sin terminal, se cancela.\n";
         return DecisionInconsistencias::Cancelar;

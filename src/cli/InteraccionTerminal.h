@@ -18,7 +18,10 @@ public:
 
     bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) override;
     std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
-    DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+    /// Says how many inconsistencies of each class there are, then asks on
+    /// the terminal or answers from the flags.
+    DecisionInconsistencias decideInconsistencias(const std::string& titulo,
+                                                  const ConteoInconsistencias& conteo) override;
     /// The end of a run that lost schedule rows: says so, and runs the
     /// action set with alTerminarConPerdidas (e.g. writing the detail report).
     DecisionFinal decideFinal(const std::string& titulo) override;

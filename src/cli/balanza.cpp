@@ -41,6 +41,7 @@ int MesPedido(const Argumentos& args, const Sesion& s) {
 class BalanzaComando : public Comando {
 public:
     std::string nombre() const override { return "balanza"; }
+    std::string resumen() const override { return "Muestra la balanza de comprobación de un mes y si cuadra."; }
     std::string descripcion() const override {
         return "Muestra la balanza de comprobación de un mes (por omisión, el último importado):\n"
                "saldo inicial, cargos, abonos y saldo final de cada cuenta, y la comprobación\n"
@@ -99,19 +100,26 @@ public:
 class PolizasComando : public Comando {
 public:
     std::string nombre() const override { return "polizas"; }
+    std::string resumen() const override { return "Lista las pólizas importadas de un mes o de todo el ejercicio."; }
     std::string descripcion() const override {
         return "Lista las pólizas importadas de un mes (por omisión, todas): número, tipo, fecha,\n"
-               "concepto, partidas, cargos y abonos, y si está cuadrada.";
+               "concepto, partidas, cargos y abonos, y si está cuadrada. El mes 13 son las pólizas\n"
+               "de cierre, que llevan fecha de diciembre.";
     }
-    std::vector<Opcion> opciones() const override { return {{"mes", "MM", "mes de 1 a 12"}}; }
+    std::vector<Opcion> opciones() const override {
+        return {{"mes", "MM", "mes de 1 a 12, o 13 para las pólizas de cierre"}};
+    }
     int ejecuta(const Argumentos& args, Contexto& ctx) override {
         Sesion s;
         IniciaSesionCli(s, ctx);
         std::string filtro;
         int mes = 0;
         if (auto m = args.valor("mes")) {
-            mes = EnteroDeOpcion(*m, "mes", 1, 12);
-            filtro = " WHERE Month(P.Fecha) = ?";
+            // The closing vouchers bear a December date and their flag; a
+            // month shows only its own, as the trial balance counts them.
+            mes = EnteroDeOpcion(*m, "mes", 1, 13);
+            filtro = mes == 13 ? " WHERE IFNULL(P.Poliza_Mes13, 0) <> 0 AND 13 = ?"
+                               : " WHERE Month(P.Fecha) = ? AND IFNULL(P.Poliza_Mes13, 0) = 0";
         }
         std::string sql =
             "SELECT P.Poliza, P.Tipo, P.Fecha, P.Concepto, P.Cuadrada, COUNT(D.IdPoliza) AS Partidas, "

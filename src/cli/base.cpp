@@ -11,6 +11,7 @@ namespace {
 class BaseCrear : public Comando {
 public:
     std::string nombre() const override { return "base crear"; }
+    std::string resumen() const override { return "Crea la base: la tabla de empresas y el catálogo de enlaces."; }
     std::string descripcion() const override {
         return "Crea la base en DIR: la tabla de empresas y el catálogo de enlaces.\n"
                "Si ya existen, sólo actualiza el catálogo de enlaces.";

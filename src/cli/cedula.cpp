@@ -80,6 +80,7 @@ void Movimiento(Sesion& s, std::ostream& o, const Consulta& c) {
 class CedulaComando : public Comando {
 public:
     std::string nombre() const override { return "cedula"; }
+    std::string resumen() const override { return "Muestra la cédula analítica con el trabajo del auditor."; }
     std::string descripcion() const override {
         return "Muestra la cédula analítica: los criterios de selección de movimientos y cada\n"
                "movimiento seleccionado con el trabajo del auditor (marcas, observaciones,\n"

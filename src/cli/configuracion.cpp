@@ -31,6 +31,7 @@ void SesionDeCatalogo(Sesion& s, Contexto& ctx, int enlace) {
 class ConfiguracionListar : public Comando {
 public:
     std::string nombre() const override { return "configuracion listar"; }
+    std::string resumen() const override { return "Lista las configuraciones de columnas guardadas."; }
     std::string descripcion() const override {
         return "Lista las configuraciones guardadas en el catálogo de configuraciones.\n"
                "Con --enlace, sólo las de ese enlace, como las ofrece la lista del importador.";
@@ -58,6 +59,7 @@ public:
 class ConfiguracionMostrar : public Comando {
 public:
     std::string nombre() const override { return "configuracion mostrar"; }
+    std::string resumen() const override { return "Muestra los 21 pares de una configuración guardada."; }
     std::string descripcion() const override {
         return "Muestra los 21 pares de una configuración del catálogo, en el orden de la tabla,\n"
                "en la forma CAMPO=VALOR que acepta 'configuracion crear'.";
@@ -80,6 +82,7 @@ public:
 class ConfiguracionCrear : public Comando {
 public:
     std::string nombre() const override { return "configuracion crear"; }
+    std::string resumen() const override { return "Guarda una configuración de columnas nueva."; }
     std::string descripcion() const override {
         return "Guarda una configuración nueva como lo hace la forma de parámetros al aceptar\n"
                "un nombre tecleado: valida los campos en su orden, revisa si los mismos valores\n"

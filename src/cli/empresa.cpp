@@ -15,6 +15,7 @@ namespace {
 class EmpresaCrear : public Comando {
 public:
     std::string nombre() const override { return "empresa crear"; }
+    std::string resumen() const override { return "Da de alta una empresa y ejercicio en la base."; }
     std::string descripcion() const override {
         return "Da de alta una empresa y ejercicio en la base, con su carpeta y su base de datos.";
     }
@@ -61,6 +62,7 @@ public:
 class EmpresaAbrir : public Comando {
 public:
     std::string nombre() const override { return "empresa abrir"; }
+    std::string resumen() const override { return "Deja la empresa abierta como lo hace el producto de auditoría."; }
     std::string descripcion() const override {
         return "Deja la empresa abierta como lo hace el producto de auditoría: guarda la base,\n"
                "el nombre corto y el ejercicio en sus ajustes, para que el programa de escritorio\n"
@@ -75,9 +77,13 @@ public:
         if (empresas.escalar("SELECT IdEmpresa FROM Empresas WHERE NombCorto=? AND Ejercicio=?", nombreCorto, ejercicio)
                 .esNulo())
             throw Rehusado("La empresa " + nombreCorto + " (" + std::to_string(ejercicio) + ") no existe en " + base);
-        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "RutaAcceso", base);
-        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_NombreCorto", nombreCorto);
-        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_Ejercicio", std::to_string(ejercicio));
+        bool guardado = GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "RutaAcceso", base) &&
+                        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_NombreCorto", nombreCorto) &&
+                        GuardaAjuste(kAplicacionAuditoria, kSeccionBaseDatos, "EmpresaActual_Ejercicio",
+                                     std::to_string(ejercicio));
+        if (!guardado)
+            throw std::runtime_error("No fue posible guardar los ajustes del producto de auditoría en " +
+                                     LugarAjustes(kAplicacionAuditoria) + ": la empresa no quedó abierta.");
         ctx.salida << "Empresa abierta: " << nombreCorto << " (" << ejercicio << ") en " << base << "\n";
         return kHecho;
     }

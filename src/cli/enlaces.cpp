@@ -13,6 +13,7 @@ namespace {
 class EnlacesComando : public Comando {
 public:
     std::string nombre() const override { return "enlaces"; }
+    std::string resumen() const override { return "Lista los enlaces (sistemas contables) liberados."; }
     std::string descripcion() const override {
         return "Lista los enlaces (sistemas contables) liberados como los muestra la lista del programa\n"
                "de escritorio, sólo los comerciales. Con --todos, el registro completo: cada enlace con\n"

@@ -77,16 +77,14 @@ std::vector<Opcion> OpcionesDeImportar(const DescriptorImportador* d) {
 // A file the user named must be there before anything runs: a mistyped
 // path would otherwise reach a reader that ends quietly on a missing file.
 void VerificaEntrada(const std::string& ruta, const std::string& opcion, bool carpeta) {
+    if (!carpeta) return VerificaArchivoEntrada(ruta, opcion);
     std::error_code ec;
-    auto estado = std::filesystem::status(ruta, ec);
-    if (ec || !std::filesystem::exists(estado)) throw ErrorUso("--" + opcion + ": no existe " + ruta);
-    if (carpeta ? !std::filesystem::is_directory(estado) : !std::filesystem::is_regular_file(estado))
-        throw ErrorUso("--" + opcion + ": " + ruta + (carpeta ? " no es una carpeta" : " no es un archivo"));
+    if (!std::filesystem::is_directory(ruta, ec)) throw ErrorArchivoEntrada("--" + opcion + ": " + ruta + " no es una carpeta");
 }
 
 // The user's choices, in the terms of the importer.
-ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& args, bool conPolizas) {
-    ArchivosImportacion a;
+ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& args, bool conPolizas,
+                             ArchivosImportacion a = {}) {
     for (const auto& archivo : d.archivos)
         for (const auto& ruta : args.valores(archivo.papel)) {
             VerificaEntrada(ruta, archivo.papel, archivo.carpeta);
@@ -97,7 +95,7 @@ ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& ar
         if (igual == std::string::npos) throw ErrorUso("--mes espera MM=ARCHIVO: " + m);
         int mes = EnteroDeOpcion(m.substr(0, igual), "mes", 1, d.mes13 ? 13 : 12);
         std::string ruta = m.substr(igual + 1);
-        VerificaEntrada(ruta, "mes", false);
+        VerificaEntrada(ruta, "mes " + DosDigitos(mes), false);
         // As in the form, one file cannot serve two months.
         for (const auto& elegida : a.meses)
             if (elegida == ruta) throw ErrorUso("--mes: El archivo ya ha sido seleccionado: " + ruta);
@@ -119,6 +117,15 @@ ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& ar
         }
         if (p.tipo == ParametroDescrito::Tipo::Mes) EnteroDeOpcion(*v, p.opcionCli, 1, 13);
         a.parametros[p.opcionCli] = *v;
+    }
+    // What the importer checks of the files themselves before it runs (a
+    // delimiter missing from a file, say).
+    if (d.verificaEntradas) {
+        try {
+            d.verificaEntradas(a);
+        } catch (const ParametroInvalido& e) {
+            throw ErrorArchivoEntrada(e.what());
+        }
     }
     return a;
 }
@@ -197,6 +204,7 @@ int Corre(Sesion& s, F&& corrida) {
 class ImportarComando : public Comando {
 public:
     std::string nombre() const override { return "importar"; }
+    std::string resumen() const override { return "Importa el ejercicio de la empresa desde los archivos del cliente."; }
     std::string descripcion() const override {
         std::string d =
             "Importa el ejercicio de la empresa desde los archivos del cliente por el enlace de su sistema\n"
@@ -226,6 +234,7 @@ private:
 class SaldosAnteriorComando : public Comando {
 public:
     std::string nombre() const override { return "saldos-anterior"; }
+    std::string resumen() const override { return "Importa los saldos finales del ejercicio anterior."; }
     std::string descripcion() const override {
         return "Importa los saldos finales del ejercicio anterior (la pestaña del año anterior).\n"
                "La empresa ya debe tener pólizas importadas.";
@@ -243,10 +252,11 @@ public:
         const DescriptorImportador& d = Descriptor(args);
         if (!d.anioAnterior)
             throw Rehusado("El enlace " + std::to_string(d.IdSistema) + " no importa saldos del año anterior.");
-        ArchivosImportacion archivos = Eleccion(d, args, false);
         std::string ruta = args.valor("archivo").value_or("");
-        if (!ruta.empty()) VerificaEntrada(ruta, "archivo", false);
+        if (args.tiene("archivo")) VerificaEntrada(ruta, "archivo", false);
+        ArchivosImportacion archivos;
         archivos.saldosAnioAnterior = ruta;
+        archivos = Eleccion(d, args, false, std::move(archivos));
         Sesion s;
         ProgresoTerminal progreso;
         s.progreso = &progreso;

@@ -50,6 +50,7 @@ void EscribeTabla(std::ostream& o, const Reporte& r, const std::vector<Columna>&
 class InconsistenciasComando : public Comando {
 public:
     std::string nombre() const override { return "inconsistencias"; }
+    std::string resumen() const override { return "Muestra o escribe el reporte de inconsistencias de la última importación."; }
     std::string descripcion() const override {
         return "Muestra las inconsistencias de la última importación (InconsisImpTmp) o, con\n"
                "--detalle, los registros de cédulas analíticas que no fue posible conservar\n"
@@ -103,7 +104,7 @@ private:
         }
         if (detalle)
             EscribeTabla(o, r,
-                         {{"Cuenta", "Cuenta"}, {"Poliza", "Póliza"}, {"Tipo", "Tipo"}, {"Fecha", "Fecha"},
+                         {{"Cuenta_Fmtda", "Cuenta"}, {"Poliza", "Póliza"}, {"Tipo", "Tipo"}, {"Fecha", "Fecha"},
                           {"TipoMov", "Mov."}, {"Importe", "Importe"}, {"Referencia", "Referencia"}});
         else
             EscribeTabla(o, r,

@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -16,6 +17,22 @@ using namespace velmorant::cli;
 
 namespace {
 
+// The first word of a command's name: "empresa" of "empresa crear".
+std::string PrimeraPalabra(const std::string& nombre) { return nombre.substr(0, nombre.find(' ')); }
+
+// One line per command (of `grupo` only, when given): its name and its
+// summary, wrapped under itself.
+void ListaComandos(std::ostream& o, const std::string& grupo) {
+    constexpr size_t kColumna = 24;
+    for (auto& f : RegistroComandos()) {
+        auto c = f();
+        if (!grupo.empty() && PrimeraPalabra(c->nombre()) != grupo) continue;
+        std::string n = "  " + c->nombre() + " ";
+        if (n.size() < kColumna) n += std::string(kColumna - n.size(), ' ');
+        o << n << Envuelve(c->resumen(), kColumna) << "\n";
+    }
+}
+
 void AyudaGeneral(std::ostream& o) {
     o << "velmorant-cli " << VersionDelPrograma()
       << ": importación de información contable a la base de la empresa.\n\n"
@@ -25,14 +42,25 @@ void AyudaGeneral(std::ostream& o) {
          "  --empresa NOMBRE_CORTO    empresa\n"
          "  --ejercicio AAAA          ejercicio\n\n"
          "Comandos:\n";
-    for (auto& f : RegistroComandos()) {
-        auto c = f();
-        std::string n = "  " + c->nombre();
-        if (n.size() < 28) n += std::string(28 - n.size(), ' ');
-        o << n << c->descripcion().substr(0, c->descripcion().find('\n')) << "\n";
-    }
+    ListaComandos(o, "");
     o << "\nSalida: 0 hecho, 1 rehusado o cancelado, 2 uso incorrecto, 3 el programa terminó.\n"
          "'velmorant-cli COMANDO --help' describe cada comando.\n";
+}
+
+// True when some command's name has more than one word and starts with `grupo`.
+bool EsGrupo(const std::string& grupo) {
+    for (auto& f : RegistroComandos()) {
+        auto c = f();
+        if (c->nombre().find(' ') != std::string::npos && PrimeraPalabra(c->nombre()) == grupo) return true;
+    }
+    return false;
+}
+
+// What follows a group word ("empresa", "configuracion", "base").
+void AyudaGrupo(std::ostream& o, const std::string& grupo) {
+    o << "Uso: velmorant-cli [opciones globales] " << grupo << " SUBCOMANDO ...\n\nSubcomandos:\n";
+    ListaComandos(o, grupo);
+    o << "\n'velmorant-cli " << grupo << " SUBCOMANDO --help' describe cada uno.\n";
 }
 
 // The command whose words start `resto`, the longest match first.
@@ -61,10 +89,14 @@ std::unique_ptr<Comando> BuscaComando(std::vector<std::string>& resto) {
 int Ejecuta(std::vector<std::string> args) {
     InteraccionTerminal interaccion(std::cout, std::cerr);
     Contexto ctx{{}, std::cout, std::cerr, interaccion};
-    while (!args.empty() && args.front().rfind("--", 0) == 0) {
+    while (!args.empty() && args.front().rfind("-", 0) == 0) {
         std::string op = args.front();
         if (op == "--help" || op == "-h") {
             AyudaGeneral(std::cout);
+            return kHecho;
+        }
+        if (op == "--version") {
+            std::cout << "velmorant-cli " << VersionDelPrograma() << "\n";
             return kHecho;
         }
         if (args.size() < 2) throw ErrorUso("la opción " + op + " necesita un valor");
@@ -80,6 +112,17 @@ int Ejecuta(std::vector<std::string> args) {
         return kUsoIncorrecto;
     }
     auto comando = BuscaComando(args);
+    if (!comando && EsGrupo(args.front())) {
+        bool ayuda = args.size() > 1 && (args[1] == "--help" || args[1] == "-h");
+        if (ayuda) {
+            AyudaGrupo(std::cout, args.front());
+            return kHecho;
+        }
+        if (args.size() > 1)
+            std::cerr << "velmorant-cli: subcomando desconocido: " << args.front() << " " << args[1] << "\n\n";
+        AyudaGrupo(std::cerr, args.front());
+        return kUsoIncorrecto;
+    }
     if (!comando) throw ErrorUso("comando desconocido: " + args.front());
     comando->conoceArgumentos(args);
     for (auto& a : args)
@@ -92,9 +135,18 @@ int Ejecuta(std::vector<std::string> args) {
     for (const auto& error : Descripciones().errores) std::cerr << "velmorant-cli: aviso: " << error << "\n";
     try {
         return comando->ejecuta(comando->analiza(args), ctx);
+    } catch (const ErrorArchivoEntrada& e) {
+        std::cerr << "velmorant-cli: " << e.what() << "\n";
+        return kUsoIncorrecto;
     } catch (const ErrorUso& e) {
         std::cerr << "velmorant-cli: " << e.what() << "\n\n" << comando->ayuda();
         return kUsoIncorrecto;
+    } catch (const ErrorBaseDatos& e) {
+        std::cerr << "velmorant-cli: " << TextoErrorMotor(e, comando->nombre()) << "\n";
+        return kProgramaTerminado;
+    } catch (const std::filesystem::filesystem_error& e) {
+        std::cerr << "velmorant-cli: " << TextoErrorMotor(e, comando->nombre()) << "\n";
+        return kProgramaTerminado;
     }
 }
 

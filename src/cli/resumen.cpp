@@ -22,6 +22,7 @@ const char* NombreClase(const std::string& c) {
 class ResumenComando : public Comando {
 public:
     std::string nombre() const override { return "resumen"; }
+    std::string resumen() const override { return "Resume lo importado y comprueba la balanza."; }
     std::string descripcion() const override {
         return "Resume la empresa: cuentas, pólizas y partidas importadas, las inconsistencias\n"
                "de la última importación por clase, y la comprobación de la balanza (cargos\n"

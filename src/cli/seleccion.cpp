@@ -63,6 +63,7 @@ void MuestraCuentas(Sesion& s, int mes, std::ostream& o) {
 class SeleccionComando : public Comando {
 public:
     std::string nombre() const override { return "seleccion"; }
+    std::string resumen() const override { return "Muestra la selección de cuentas por revisar de cada mes de revisión."; }
     std::string descripcion() const override {
         return "Muestra la selección de cuentas por revisar de cada mes de revisión: los criterios\n"
                "y, por cuenta seleccionada, criterio, cuenta de integración, cuenta, saldo y\n"

@@ -11,6 +11,7 @@ namespace {
 class SesionComando : public Comando {
 public:
     std::string nombre() const override { return "sesion"; }
+    std::string resumen() const override { return "Inicia la sesión como el programa de escritorio y muestra lo que aprendió."; }
     std::string descripcion() const override {
         return "Inicia la sesión como el programa de escritorio y muestra lo que aprendió:\n"
                "título, empresa, ejercicio, formato de cuenta, separador, niveles, último mes\n"

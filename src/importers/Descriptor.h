@@ -94,6 +94,10 @@ struct DescriptorImportador {
     std::vector<CasillaDescrita> casillas{};
     std::vector<ParametroDescrito> parametros{};
     FabricaImportador crea{};
+    /// What the importer checks of the files themselves before a run starts
+    /// (the command line calls it before it opens the company): throws
+    /// ParametroInvalido naming the file. Optional.
+    std::function<void(const ArchivosImportacion&)> verificaEntradas{};
 
     const ArchivoDescrito* archivo(const std::string& papel) const;
     /// True when some file of the importer comes as a zip archive.

@@ -9,11 +9,13 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
+#include "accounts/CodigosCuenta.h"
 #include "session/Funciones.h"
 #include "store/AlmacenesTemporales.h"
 
@@ -46,6 +48,14 @@ std::string TextoDeCampo(const Valor& v, const DefTabla& tabla, const std::strin
     return v.texto();
 }
 
+// A stored value as a spreadsheet takes it: amounts as exact plain numbers,
+// anything else as the report shows it.
+std::string TextoHojaDeCampo(const Valor& v, const DefTabla& tabla, const std::string& campo) {
+    for (auto& c : tabla.campos)
+        if (c.nombre == campo && c.tipo == TipoCampo::Moneda && !v.esNulo()) return v.moneda().texto();
+    return TextoDeCampo(v, tabla, campo);
+}
+
 // Runs the report's query on its own connection to the log, as a second
 // reader beside the run's attachment.
 void LeeFilas(const std::string& ruta, const std::string& sql, const DefTabla& tabla, Reporte& r) {
@@ -57,9 +67,67 @@ void LeeFilas(const std::string& ruta, const std::string& sql, const DefTabla& t
     Sentencia st = db.prepara(sql);
     for (int i = 0; i < st.columnas(); ++i) r.columnas.push_back(st.nombreColumna(i));
     while (st.paso()) {
-        std::vector<std::string> fila;
-        for (int i = 0; i < st.columnas(); ++i) fila.push_back(TextoDeCampo(st.columna(i), tabla, r.columnas[i]));
+        std::vector<std::string> fila, hoja;
+        for (int i = 0; i < st.columnas(); ++i) {
+            fila.push_back(TextoDeCampo(st.columna(i), tabla, r.columnas[static_cast<size_t>(i)]));
+            hoja.push_back(TextoHojaDeCampo(st.columna(i), tabla, r.columnas[static_cast<size_t>(i)]));
+        }
         r.filas.push_back(std::move(fila));
+        r.filasHoja.push_back(std::move(hoja));
+    }
+}
+
+// Readable names of the logs' fields, for a spreadsheet's header. A field
+// not listed keeps its name.
+const std::vector<std::pair<std::string, std::string>>& TitulosResumen() {
+    static const std::vector<std::pair<std::string, std::string>> t = {
+        {"Referencia", "Descripción"}, {"FuenteError", "Origen"}, {"ClasifError", "Clase"},
+        {"Poliza", "Póliza"},          {"Tipo", "Tipo"},          {"Fecha", "Fecha"},
+        {"Cuenta", "Cuenta sin separadores"}, {"Cuenta_Fmtda", "Cuenta"}};
+    return t;
+}
+
+const std::vector<std::pair<std::string, std::string>>& TitulosDetalle() {
+    static const std::vector<std::pair<std::string, std::string>> t = [] {
+        std::vector<std::pair<std::string, std::string>> v = {
+            {"IdCedAnalitica", "Id. cédula analítica"},
+            {"IdCriterio", "Criterio"},
+            {"IdPoliza", "Id. póliza"},
+            {"Poliza", "Póliza"},
+            {"Tipo", "Tipo"},
+            {"Fecha", "Fecha"},
+            {"Cuenta", "Cuenta sin separadores"},
+            {"Cuenta_Fmtda", "Cuenta"},
+            {"Referencia", "Referencia"},
+            {"TipoMov", "Cargo o abono"},
+            {"Importe", "Importe"},
+            {"Modificado", "Modificado"},
+            {"RefModificada", "Referencia modificada"},
+            {"AplicaIVA", "Aplica IVA"},
+            {"PorIVA", "Porcentaje de IVA"},
+            {"IVA", "IVA"},
+            {"AplicaRetISR", "Aplica retención de ISR"},
+            {"TasaRetISR", "Tasa de retención de ISR"},
+            {"ImpteRetISR", "Retención de ISR"},
+            {"AplicaRetIVA", "Aplica retención de IVA"},
+            {"TasaRetIVA", "Tasa de retención de IVA"},
+            {"ImpteRetIVA", "Retención de IVA"},
+            {"Observaciones", "Observaciones"},
+            {"Sugerencias", "Sugerencias"},
+            {"MovtoExistente", "Movimiento existente"}};
+        for (int i = 1; i <= 7; ++i) v.push_back({"Marca" + std::to_string(i), "Marca " + std::to_string(i)});
+        return v;
+    }();
+    return t;
+}
+
+void PonTitulos(Reporte& r, const std::vector<std::pair<std::string, std::string>>& titulos) {
+    r.titulos.clear();
+    for (auto& c : r.columnas) {
+        std::string t = c;
+        for (auto& [campo, titulo] : titulos)
+            if (campo == c) t = titulo;
+        r.titulos.push_back(t);
     }
 }
 
@@ -123,12 +191,21 @@ void Reemplaza(std::string& texto, const std::string& marca, const std::string& 
 
 std::string Marca(const std::string& nombre) { return "{{" + nombre + "}}"; }
 
-std::string CampoCsv(const std::string& t) {
-    if (t.find_first_of(",\"\r\n") == std::string::npos && (t.empty() || (t.front() != ' ' && t.back() != ' ')))
-        return t;
-    std::string r = "\"";
-    for (char c : t) r += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return r + "\"";
+// A plain number a spreadsheet reads as such: an optional minus, digits,
+// and decimals after a point.
+bool EsNumeroPlano(const std::string& t) {
+    size_t i = t.size() > 1 && t[0] == '-' ? 1 : 0, digitos = 0;
+    bool punto = false;
+    for (; i < t.size(); ++i) {
+        if (std::isdigit(static_cast<unsigned char>(t[i]))) {
+            ++digitos;
+        } else if (t[i] == '.' && !punto && digitos > 0 && i + 1 < t.size()) {
+            punto = true;
+        } else {
+            return false;
+        }
+    }
+    return digitos > 0;
 }
 
 void LineaCsv(std::ostream& o, const std::vector<std::string>& campos) {
@@ -173,16 +250,48 @@ std::string FechaReporte(const Fecha& f) {
     return dd + "/" + kMeses[f.mes() - 1] + "/" + std::string(aaaa.size() < 4 ? 4 - aaaa.size() : 0, '0') + aaaa;
 }
 
+ConteoInconsistencias CuentaInconsistencias(Sesion& s) {
+    ConteoInconsistencias c;
+    std::string ruta = RutaAlmacen(s, kInconsisImpTmp);
+    if (!ExisteArchivo(ruta)) return c;
+    BaseDatos db(ruta, BaseDatos::Modo::SoloLectura);
+    Sentencia st = db.prepara("SELECT ClasifError, COUNT(*) FROM InconsisImpTmp GROUP BY ClasifError");
+    while (st.paso()) {
+        std::string clase = st.columna(0).texto();
+        long n = static_cast<long>(st.columna(1).entero());
+        (clase == "A" ? c.nuevas : clase == "C" ? c.cambios : clase == "B" ? c.bajas : c.otras) += n;
+    }
+    return c;
+}
+
+std::string TextoConteoInconsistencias(const ConteoInconsistencias& c) {
+    return "Nuevas: " + std::to_string(c.nuevas) + ", con cambios: " + std::to_string(c.cambios) +
+           ", dadas de baja: " + std::to_string(c.bajas) + ", otras: " + std::to_string(c.otras) + " (" +
+           std::to_string(c.total()) + " en total).";
+}
+
 Reporte LeeResumenInconsistencias(Sesion& s) {
-    return Lee(s, "Resumen de inconsistencias", kInconsisImpTmp,
-               "SELECT I.Referencia, I.FuenteError, I.ClasifError, I.Poliza, I.Tipo, I.Fecha, I.Cuenta, "
-               "I.Cuenta_Fmtda From InconsisImpTmp I",
-               TablaInconsisImpTmp());
+    Reporte r = Lee(s, "Resumen de inconsistencias", kInconsisImpTmp,
+                    "SELECT I.Referencia, I.FuenteError, I.ClasifError, I.Poliza, I.Tipo, I.Fecha, I.Cuenta, "
+                    "I.Cuenta_Fmtda From InconsisImpTmp I",
+                    TablaInconsisImpTmp());
+    PonTitulos(r, TitulosResumen());
+    return r;
 }
 
 Reporte LeeDetalleInconsistencias(Sesion& s) {
-    return Lee(s, "Detalle de inconsistencias", kInconsisImpTmpDet, "SELECT * FROM InconsisImpTmpDet",
-               TablaInconsisImpTmpDet());
+    Reporte r = Lee(s, "Detalle de inconsistencias", kInconsisImpTmpDet, "SELECT * FROM InconsisImpTmpDet",
+                    TablaInconsisImpTmpDet());
+    // The log keeps the account bare; show it as the summary does.
+    int cuenta = r.columna("Cuenta");
+    r.columnas.push_back("Cuenta_Fmtda");
+    for (auto* filas : {&r.filas, &r.filasHoja})
+        for (auto& fila : *filas) {
+            std::string c = cuenta < 0 ? "" : fila[static_cast<size_t>(cuenta)];
+            fila.push_back(s.SeparadorEmpresa.empty() || c.empty() ? c : FormateaCuenta(s, c));
+        }
+    PonTitulos(r, TitulosDetalle());
+    return r;
 }
 
 // The template is looked for first: without it nothing is read.
@@ -248,26 +357,28 @@ void GuardaReportePdf(const Reporte& r, const std::string& ruta) {
         pdf.setPageLayout(QPageLayout(QPageSize(QPageSize::Letter),
                                       r.horizontal ? QPageLayout::Landscape : QPageLayout::Portrait,
                                       QMarginsF(12, 12, 12, 12), QPageLayout::Millimeter));
-        QTextDocument doc;
-        doc.setBaseUrl(QUrl::fromLocalFile(QString::fromStdString(r.carpetaPlantilla)));
-        doc.setHtml(QString::fromStdString(HtmlDeReporte(r)));
-        doc.print(&pdf);
+        ImprimeReporte(r, pdf);
     }
     if (std::filesystem::file_size(ruta, ec) == 0 || ec)
         throw std::runtime_error("No se pudo escribir el archivo " + ruta);
 }
 
+std::string CampoCsv(const std::string& texto) {
+    std::string t = texto;
+    if (!t.empty() && std::string("=+-@\t\r").find(t.front()) != std::string::npos && !EsNumeroPlano(t))
+        t.insert(t.begin(), '\'');
+    if (t.find_first_of(",\"\r\n") == std::string::npos && (t.empty() || (t.front() != ' ' && t.back() != ' ')))
+        return t;
+    std::string r = "\"";
+    for (char c : t) r += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return r + "\"";
+}
+
 void GuardaReporteCsv(const Reporte& r, const std::string& ruta) {
     std::ostringstream o;
     o << "\xEF\xBB\xBF";  // UTF-8 mark, so spreadsheets read the accents
-    LineaCsv(o, {r.titulo});
-    LineaCsv(o, {"Empresa", r.variable("NombreEmp")});
-    LineaCsv(o, {"Fecha", r.variable("impFecha")});
-    for (auto& [nombre, valor] : r.variables)
-        if (nombre != "NombreEmp" && nombre != "impFecha" && !valor.empty()) LineaCsv(o, {nombre, valor});
-    o << "\r\n";
-    LineaCsv(o, r.columnas);
-    for (auto& fila : r.filas) LineaCsv(o, fila);
+    LineaCsv(o, r.titulos.size() == r.columnas.size() ? r.titulos : r.columnas);
+    for (auto& fila : r.filasHoja.size() == r.filas.size() ? r.filasHoja : r.filas) LineaCsv(o, fila);
     EscribeTexto(ruta, o.str());
 }
 
@@ -345,7 +456,8 @@ const std::string& PlantillaDetallePredeterminada() {
   se repite por cada registro. Campos: los de la tabla InconsisImpTmpDet
   (IdCedAnalitica, IdCriterio, IdPoliza, Poliza, Tipo, Fecha, Cuenta, Referencia,
   TipoMov, Importe, Modificado, RefModificada, AplicaIVA, PorIVA, IVA, ...,
-  Marca1 a Marca7, Observaciones, Sugerencias, MovtoExistente).
+  Marca1 a Marca7, Observaciones, Sugerencias, MovtoExistente) y Cuenta_Fmtda,
+  la cuenta con los separadores de la empresa.
 -->
 <style>
   body { font-family: "DejaVu Sans", Arial, sans-serif; font-size: 8pt; }
@@ -369,7 +481,7 @@ const std::string& PlantillaDetallePredeterminada() {
     <tr><th>Cuenta</th><th>Póliza</th><th>Tipo</th><th>Fecha</th><th>Referencia</th><th>Mov.</th><th>Importe</th><th>Marcas</th><th>Observaciones</th></tr>
   </thead>
 <!-- INICIO FILA -->
-  <tr><td>{{Cuenta}}</td><td>{{Poliza}}</td><td>{{Tipo}}</td><td>{{Fecha}}</td><td>{{Referencia}}</td><td align="center">{{TipoMov}}</td><td align="right">{{Importe}}</td><td>{{Marca1}} {{Marca2}} {{Marca3}} {{Marca4}} {{Marca5}} {{Marca6}} {{Marca7}}</td><td>{{Observaciones}}</td></tr>
+  <tr><td>{{Cuenta_Fmtda}}</td><td>{{Poliza}}</td><td>{{Tipo}}</td><td>{{Fecha}}</td><td>{{Referencia}}</td><td align="center">{{TipoMov}}</td><td align="right">{{Importe}}</td><td>{{Marca1}} {{Marca2}} {{Marca3}} {{Marca4}} {{Marca5}} {{Marca6}} {{Marca7}}</td><td>{{Observaciones}}</td></tr>
 <!-- FIN FILA -->
 </table>
 <p>Registros: {{Registros}}</p>

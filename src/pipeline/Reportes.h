@@ -17,6 +17,8 @@
 #include "platform/Fecha.h"
 #include "session/Sesion.h"
 
+class QPagedPaintDevice;
+
 namespace velmorant {
 
 inline constexpr const char* kPlantillaResumen = "054.html";
@@ -30,13 +32,33 @@ struct Reporte {
     bool horizontal = false;         // landscape pages
     std::vector<std::pair<std::string, std::string>> variables;  // NombreEmp, descRevision, sTitulo, impFecha
     std::vector<std::string> columnas;                // field names, in query order
+    std::vector<std::string> titulos;                 // readable Spanish name of each column (CSV header)
     std::vector<std::vector<std::string>> filas;      // display texts, one per column
+    /// The rows as a spreadsheet takes them: the display texts but for
+    /// amounts, which are exact plain numbers ("-1234.5"). Empty: `filas`.
+    std::vector<std::vector<std::string>> filasHoja;
 
     /// The value of a variable, empty when absent.
     std::string variable(const std::string& nombre) const;
     /// Index of a column by name, -1 when absent.
     int columna(const std::string& nombre) const;
 };
+
+/// The rows of `InconsisImpTmp` by `ClasifError`: new in the source ("A"),
+/// changed ("C"), gone from it ("B"), and the others (defects "D", remarks
+/// of the readers "O", anything else).
+struct ConteoInconsistencias {
+    long nuevas = 0;
+    long cambios = 0;
+    long bajas = 0;
+    long otras = 0;
+    long total() const { return nuevas + cambios + bajas + otras; }
+};
+
+/// Counts the log by a connection of its own; a missing log counts nothing.
+ConteoInconsistencias CuentaInconsistencias(Sesion& s);
+/// "Nuevas: 3, con cambios: 2, dadas de baja: 1, otras: 4 (10 en total)."
+std::string TextoConteoInconsistencias(const ConteoInconsistencias& c);
 
 /// "dd/mmm/yyyy" with the Spanish month abbreviation: "05/ene/2024".
 std::string FechaReporte(const Fecha& f);
@@ -45,7 +67,9 @@ std::string FechaReporte(const Fecha& f);
 /// I.Referencia, ... From InconsisImpTmp I"), read by a connection of its
 /// own, without a template. A missing log gives a report without rows.
 Reporte LeeResumenInconsistencias(Sesion& s);
-/// The same for `InconsisImpTmpDet` ("SELECT * FROM InconsisImpTmpDet").
+/// The same for `InconsisImpTmpDet` ("SELECT * FROM InconsisImpTmpDet"),
+/// with one more column, `Cuenta_Fmtda`: the account formatted as the
+/// summary shows it (separators when the company has them).
 Reporte LeeDetalleInconsistencias(Sesion& s);
 
 /// The summary of `InconsisImpTmp` ("SELECT I.Referencia, ... From
@@ -70,9 +94,19 @@ std::string HtmlDeReporte(const Reporte& r);
 void GuardaReporte(const Reporte& r, const std::string& ruta);
 void GuardaReporteHtml(const Reporte& r, const std::string& ruta);
 void GuardaReportePdf(const Reporte& r, const std::string& ruta);
-/// CSV in UTF-8: title, company name, date (and the other variables when
-/// not empty), a blank line, then the field names and the rows.
+/// Prints the report on the pages of a PDF writer or a printer already set
+/// up (size, orientation, margins): pages are cut between lines of text and
+/// between table rows, never inside a row that fits on a page; a table's
+/// header rows repeat on each page it goes on to; pages are numbered.
+void ImprimeReporte(const Reporte& r, QPagedPaintDevice& dispositivo);
+/// CSV in UTF-8 (with its mark) that opens in a spreadsheet as a table: one
+/// header row of the columns' readable names, then the rows; amounts as
+/// plain numbers. A text that a spreadsheet would take for a formula (it
+/// starts with =, +, -, @, a tab or a carriage return and is not a plain
+/// number) is written after an apostrophe, so client data never runs.
 void GuardaReporteCsv(const Reporte& r, const std::string& ruta);
+/// One CSV field: neutralised as above, then quoted when it must be.
+std::string CampoCsv(const std::string& texto);
 
 /// The templates the system ships, installed by CreaBase when missing.
 const std::string& PlantillaResumenPredeterminada();

@@ -11,8 +11,9 @@ namespace velmorant {
 
 bool MuestraMsgInconsistencias(Sesion& s) {
     if (!s.interaccion) throw std::logic_error("MuestraMsgInconsistencias sin interacción");
+    const ConteoInconsistencias conteo = CuentaInconsistencias(s);
     for (;;) {
-        switch (s.interaccion->decideInconsistencias(kTituloMsgInconsistencias)) {
+        switch (s.interaccion->decideInconsistencias(kTituloMsgInconsistencias, conteo)) {
             case DecisionInconsistencias::VerReporte: {
                 // The month is handed over as it always was; the report ignores it.
                 std::string mes = s.DbPolizasTmp ? std::to_string(MesesConPolizasTmp(*s.DbPolizasTmp)) : "";

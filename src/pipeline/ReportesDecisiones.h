@@ -24,7 +24,8 @@ inline constexpr const char* kTextoMsgInconsistenciasFin =
 inline constexpr const char* kCaptionVerDetalle = "Ver &Detalle de Registros";
 inline constexpr const char* kCaptionFinalizar = "&Finalizar";
 
-/// The decision after phase A when the log has rows. "Ver" shows the summary
+/// The decision after phase A when the log has rows, asked with the count of
+/// the rows by class. "Ver" shows the summary
 /// (054) as often as asked; "Continuar" sets `ContinuaImportacion` and gives
 /// true; closing the form sets nothing and gives `ContinuaImportacion` as it
 /// was; "Cancelar" clears it, says "La importación ha sido cancelada." and

@@ -31,12 +31,19 @@ std::string LeeAjuste(const std::string& aplicacion, const std::string& seccion,
     return v.toString().toStdString();
 }
 
-void GuardaAjuste(const std::string& aplicacion, const std::string& seccion, const std::string& clave,
+bool GuardaAjuste(const std::string& aplicacion, const std::string& seccion, const std::string& clave,
                   const std::string& valor) {
     QSettings ajustes(QSettings::NativeFormat, QSettings::UserScope, kOrganizacion,
                       QString::fromStdString(aplicacion));
     ajustes.setValue(Clave(seccion, clave), QString::fromStdString(valor));
     ajustes.sync();
+    return ajustes.status() == QSettings::NoError;
+}
+
+std::string LugarAjustes(const std::string& aplicacion) {
+    QSettings ajustes(QSettings::NativeFormat, QSettings::UserScope, kOrganizacion,
+                      QString::fromStdString(aplicacion));
+    return ajustes.fileName().toStdString();
 }
 
 std::string CarpetaDatosPrograma() {

@@ -10,9 +10,14 @@ namespace velmorant {
 /// The value, or `porDefecto` when the key is absent or cannot be read.
 std::string LeeAjuste(const std::string& aplicacion, const std::string& seccion, const std::string& clave,
                       const std::string& porDefecto = "");
-/// Saves and flushes the value.
-void GuardaAjuste(const std::string& aplicacion, const std::string& seccion, const std::string& clave,
+/// Saves and flushes the value. False when the store could not be written
+/// (its folder cannot be made or written, the file is read-only).
+bool GuardaAjuste(const std::string& aplicacion, const std::string& seccion, const std::string& clave,
                   const std::string& valor);
+
+/// Where the application's settings are kept (an INI file, or the registry
+/// key on Windows), for messages.
+std::string LugarAjustes(const std::string& aplicacion);
 
 /// The program's own writable data folder (layout catalogue, per-user
 /// scratch stores), with a trailing separator; created if missing.

@@ -59,11 +59,22 @@ void FuncionLeft(sqlite3_context* ctx, int, sqlite3_value** argv) {
 
 }  // namespace
 
-ErrorBaseDatos::ErrorBaseDatos(int codigo, const std::string& mensaje, std::string sql)
+ErrorBaseDatos::ErrorBaseDatos(int codigo, const std::string& mensaje, std::string sql, std::string archivo)
     : std::runtime_error(sql.empty() ? mensaje : mensaje + " [" + sql + "]"),
       codigo_(codigo),
       mensaje_(mensaje),
-      sql_(std::move(sql)) {}
+      sql_(std::move(sql)),
+      archivo_(std::move(archivo)) {}
+
+namespace {
+
+// The main file of a connection; empty for an in-memory one.
+std::string ArchivoDe(sqlite3* db) {
+    const char* archivo = db ? sqlite3_db_filename(db, "main") : nullptr;
+    return archivo ? archivo : "";
+}
+
+}  // namespace
 
 bool ErrorBaseDatos::esDano() const { return codigo_ == SQLITE_NOTADB || codigo_ == SQLITE_CORRUPT; }
 
@@ -71,7 +82,7 @@ bool ErrorBaseDatos::esDano() const { return codigo_ == SQLITE_NOTADB || codigo_
 
 Sentencia::Sentencia(sqlite3* db, const std::string& sql) : db_(db), sql_(sql) {
     int rc = sqlite3_prepare_v2(db_, sql.c_str(), static_cast<int>(sql.size()), &st_, nullptr);
-    if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, sqlite3_errmsg(db_), sql_);
+    if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, sqlite3_errmsg(db_), sql_, ArchivoDe(db_));
 }
 
 Sentencia::~Sentencia() {
@@ -81,7 +92,7 @@ Sentencia::~Sentencia() {
 Sentencia::Sentencia(Sentencia&& o) noexcept : db_(o.db_), st_(o.st_), sql_(std::move(o.sql_)) { o.st_ = nullptr; }
 
 void Sentencia::verifica(int rc) const {
-    if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, sqlite3_errmsg(db_), sql_);
+    if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, sqlite3_errmsg(db_), sql_, ArchivoDe(db_));
 }
 
 Sentencia& Sentencia::reinicia() {
@@ -111,7 +122,7 @@ bool Sentencia::paso() {
     if (rc == SQLITE_DONE) return false;
     std::string msg = sqlite3_errmsg(db_);
     sqlite3_reset(st_);
-    throw ErrorBaseDatos(rc, msg, sql_);
+    throw ErrorBaseDatos(rc, msg, sql_, ArchivoDe(db_));
 }
 
 int Sentencia::ejecuta() {
@@ -300,7 +311,7 @@ BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta)
         std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
         sqlite3_close(db_);
         db_ = nullptr;
-        throw ErrorBaseDatos(rc, msg + ": " + ruta.string(), "");
+        throw ErrorBaseDatos(rc, msg + ": " + ruta.string(), "", ruta.string());
     }
     try {
         configura(modo == Modo::SoloLectura);
@@ -329,7 +340,7 @@ void BaseDatos::configura(bool soloLectura) {
     auto registra = [&](const char* nombre, int n, void (*f)(sqlite3_context*, int, sqlite3_value**)) {
         int rc = sqlite3_create_function(db_, nombre, n, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, f, nullptr,
                                          nullptr);
-        if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, sqlite3_errmsg(db_), nombre);
+        if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, sqlite3_errmsg(db_), nombre, ArchivoDe(db_));
     };
     registra("Month", 1, FuncionMonth);
     registra("Year", 1, FuncionYear);
@@ -350,7 +361,7 @@ void BaseDatos::ejecutaScript(const std::string& sql) {
     if (rc != SQLITE_OK) {
         std::string msg = error ? error : sqlite3_errmsg(db_);
         sqlite3_free(error);
-        throw ErrorBaseDatos(rc, msg, sql);
+        throw ErrorBaseDatos(rc, msg, sql, ArchivoDe(db_));
     }
 }
 

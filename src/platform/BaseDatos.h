@@ -32,18 +32,22 @@ inline constexpr const char* kExtensionBase = ".sqlite";
 
 class ErrorBaseDatos : public std::runtime_error {
 public:
-    ErrorBaseDatos(int codigo, const std::string& mensaje, std::string sql);
+    /// `archivo`: the database file the failing connection works on (its
+    /// main file), when known, so that a message can name it.
+    ErrorBaseDatos(int codigo, const std::string& mensaje, std::string sql, std::string archivo = "");
     int codigo() const { return codigo_; }
     /// The file is not a database of this engine, or its pages are damaged:
     /// no retry will read it (unlike a busy or locked file).
     bool esDano() const;
     const std::string& sql() const { return sql_; }
     const std::string& mensajeMotor() const { return mensaje_; }
+    const std::string& archivo() const { return archivo_; }
 
 private:
     int codigo_;
     std::string mensaje_;
     std::string sql_;
+    std::string archivo_;
 };
 
 class BaseDatos;

@@ -11,6 +11,8 @@ enum class TipoMensaje { Critico, Aviso, Informacion, Pregunta };
 
 /// A report ready to be shown: rows, variables and template (pipeline/Reportes.h).
 struct Reporte;
+/// The log's rows by class, shown before the decision (pipeline/Reportes.h).
+struct ConteoInconsistencias;
 
 /// The answer at the inconsistency form (`frm000MsgInconsistencias`).
 /// `Cerrar`: the form was closed by its window frame, which sets nothing.
@@ -38,10 +40,13 @@ public:
         return eligeArchivo(filtro, titulo);
     }
 
-    /// The modal decision after the log has rows. `VerReporte` is answered
-    /// by showing the summary report and asking again.
-    virtual DecisionInconsistencias decideInconsistencias(const std::string& titulo) {
+    /// The modal decision after the log has rows, with how many there are of
+    /// each class to show before asking. `VerReporte` is answered by showing
+    /// the summary report and asking again.
+    virtual DecisionInconsistencias decideInconsistencias(const std::string& titulo,
+                                                          const ConteoInconsistencias& conteo) {
         (void)titulo;
+        (void)conteo;
         return DecisionInconsistencias::Cancelar;
     }
 

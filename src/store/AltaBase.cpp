@@ -1,9 +1,11 @@
 #include "store/AltaBase.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 
 #include "pipeline/Reportes.h"
+#include "platform/ArchivoTexto.h"
 #include "platform/BaseDatos.h"
 #include "session/Enlaces.h"
 #include "session/Funciones.h"
@@ -24,7 +26,26 @@ std::string CreaBase(const std::string& carpeta) {
     return base;
 }
 
+// Characters of a UTF-8 text.
+static size_t Caracteres(const std::string& t) {
+    return static_cast<size_t>(std::count_if(t.begin(), t.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+// A text of the company's row: UTF-8, within its field, and without control
+// characters (the short name also names the company's folder and file).
+static void ValidaTexto(const std::string& t, const std::string& que, size_t caben) {
+    if (!EsUtf8Valido(t))
+        throw std::invalid_argument(que + " no es un texto válido: tiene bytes que no forman caracteres (UTF-8)");
+    if (Caracteres(t) > caben)
+        throw std::invalid_argument(que + " tiene " + std::to_string(Caracteres(t)) + " caracteres y caben " +
+                                    std::to_string(caben));
+    if (std::any_of(t.begin(), t.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }))
+        throw std::invalid_argument(que + " no es válido: tiene caracteres de control");
+}
+
 static void Valida(const DatosEmpresaNueva& d) {
+    ValidaTexto(d.nombreCorto, "El nombre corto", 50);
+    ValidaTexto(d.nombre, "El nombre de la empresa", 255);
     if (d.nombreCorto.empty() || d.nombreCorto.find_first_of("/\\:*?\"<>|") != std::string::npos)
         throw std::invalid_argument("El nombre corto no es válido: '" + d.nombreCorto + "'");
     if (d.ejercicio < 1 || d.ejercicio > 9999)

@@ -64,6 +64,9 @@ private slots:
         QCOMPARE(f.cmdMostrar->text(), QString("&Ver Inconsistencias"));
         QCOMPARE(f.cmdContinuar->text(), QString("Con&tinuar"));
         QCOMPARE(f.cmdCancelar->text(), QString("&Cancelar"));
+        ConteoInconsistencias conteo;
+        conteo.nuevas = 12, conteo.cambios = 3, conteo.bajas = 1, conteo.otras = 2;
+        f.MuestraConteo(conteo);
         f.show();
         GuardaCaptura(&f, "inconsistencias");
 
@@ -82,8 +85,14 @@ private slots:
 
     void continuarSigueConLaImportacion() {
         RunConInconsistencias r;
-        AlAbrirseModal([](QDialog* d) { QTest::mouseClick(d->findChild<QPushButton*>("cmdContinuar"), Qt::LeftButton); });
+        QString conteo;
+        AlAbrirseModal([&](QDialog* d) {
+            conteo = d->findChild<QLabel*>("lblConteo")->text();
+            QTest::mouseClick(d->findChild<QPushButton*>("cmdContinuar"), Qt::LeftButton);
+        });
         QVERIFY(MuestraMsgInconsistencias(r.e.sesion));
+        // The form says what it found before the user decides.
+        QCOMPARE(conteo, QString("Nuevas: 2, con cambios: 0, dadas de baja: 0, otras: 0 (2 en total)."));
         QVERIFY(r.e.sesion.ContinuaImportacion);
         QVERIFY(r.ui.mensajes.empty());
         QVERIFY(!QApplication::activeModalWidget());

@@ -153,7 +153,7 @@ TEST_F(ImportacionTest, SiLaTransaccionNoPuedeEmpezarElMensajeLoDice) {
         std::string archivo;
         std::unique_ptr<BaseDatos> otro;
         std::unique_ptr<Transaccion> escribe;
-        DecisionInconsistencias decideInconsistencias(const std::string&) override {
+        DecisionInconsistencias decideInconsistencias(const std::string&, const ConteoInconsistencias&) override {
             otro = std::make_unique<BaseDatos>(archivo);
             escribe = std::make_unique<Transaccion>(*otro);
             return DecisionInconsistencias::Continuar;

@@ -121,19 +121,131 @@ TEST_F(ReportesInconsistencias, ElResumenSeImprimeEnPdf) {
         EXPECT_NE(texto.find(esperado), std::string::npos) << esperado << "\n" << texto;
 }
 
-TEST_F(ReportesInconsistencias, ElCsvLlevaEmpresaFechaYFilas) {
+// The lines of a CSV file after its UTF-8 mark.
+std::vector<std::string> LineasCsv(const fs::path& csv) {
+    std::string t = Lee(csv);
+    EXPECT_EQ(t.substr(0, 3), "\xEF\xBB\xBF");
+    std::vector<std::string> lineas;
+    for (size_t p = 3, q; p < t.size(); p = q + 2) {
+        q = t.find("\r\n", p);
+        if (q == std::string::npos) q = t.size();
+        lineas.push_back(t.substr(p, q - p));
+    }
+    return lineas;
+}
+
+TEST_F(ReportesInconsistencias, ElCsvEsUnaTablaConUnSoloEncabezadoDeNombresLegibles) {
     tresFilas();
     Reporte r;
     ASSERT_TRUE(PreparaResumenInconsistencias(s, kPlantillaResumen, r));
     fs::path csv = carpeta.ruta() / "resumen.CSV";
     GuardaReporte(r, csv.string());
+    auto lineas = LineasCsv(csv);
+    ASSERT_EQ(lineas.size(), 4u);  // the header and the three rows, nothing before
+    EXPECT_EQ(lineas[0], "Descripción,Origen,Clase,Póliza,Tipo,Fecha,Cuenta sin separadores,Cuenta");
+    EXPECT_EQ(lineas[1], "Póliza nueva.,Pólizas,A,P-7,Diario,31/03/2023,1000102,1000102");
+
+    pierdeCedula("6010001", *Moneda::desdeTexto("-1234.5678"));
+    ASSERT_TRUE(PreparaDetalleInconsistencias(s, kPlantillaDetalle, r));
+    GuardaReporte(r, csv.string());
+    lineas = LineasCsv(csv);
+    ASSERT_EQ(lineas.size(), 2u);
+    for (const char* titulo : {"Póliza", "Fecha", "Cuenta", "Referencia", "Importe", "Marca 1", "Observaciones"})
+        EXPECT_NE(("," + lineas[0] + ",").find(std::string(",") + titulo + ","), std::string::npos)
+            << titulo << "\n" << lineas[0];
+    EXPECT_EQ(lineas[0].find("IdCedAnalitica"), std::string::npos) << lineas[0];
+    EXPECT_EQ(lineas[0].find("_"), std::string::npos) << lineas[0];
+    // An amount is a number a spreadsheet sums, exact to the ten-thousandth.
+    EXPECT_NE(lineas[1].find(",-1234.5678,"), std::string::npos) << lineas[1];
+}
+
+TEST_F(ReportesInconsistencias, ElCsvNoDejaQueUnTextoDelClienteSeaUnaFormula) {
+    for (const char* t : {"=HYPERLINK(\"http://x\",\"y\")", "=1+2", "+52 55 1234", "-5 pesos", "@SUM(1)", "\tCaja",
+                          "\rCaja"})
+        registra(t, "Pólizas", "O", Fecha(2023, 3, 31), t);
+    Reporte r;
+    ASSERT_TRUE(PreparaResumenInconsistencias(s, kPlantillaResumen, r));
+    fs::path csv = carpeta.ruta() / "resumen.csv";
+    GuardaReporte(r, csv.string());
     std::string t = Lee(csv);
-    EXPECT_EQ(t.substr(0, 3), "\xEF\xBB\xBF");
-    EXPECT_NE(t.find("Empresa,\"Comercializadora Ñandú, S.A. de C.V.\"\r\n"), std::string::npos) << t;
-    EXPECT_NE(t.find("Fecha,05/ene/2024\r\n"), std::string::npos) << t;
-    EXPECT_NE(t.find("\r\nReferencia,FuenteError,ClasifError,Poliza,Tipo,Fecha,Cuenta,Cuenta_Fmtda\r\n"),
-              std::string::npos);
-    EXPECT_NE(t.find("Póliza nueva.,Pólizas,A,P-7,Diario,31/03/2023,1000102,1000102\r\n"), std::string::npos) << t;
+    for (const char* esperado : {"\"'=HYPERLINK(\"\"http://x\"\",\"\"y\"\")\"", ",'=1+2,", ",'+52 55 1234,",
+                                 ",'-5 pesos,", ",'@SUM(1),", "'\tCaja,", "\"'\rCaja\""})
+        EXPECT_NE(t.find(esperado), std::string::npos) << esperado << "\n" << t;
+    // A field never starts with a formula character, quoted or not.
+    auto lineas = LineasCsv(csv);
+    for (auto& l : lineas)
+        for (size_t p = 0; p < l.size(); p = l.find(',', p) + 1) {
+            size_t i = l[p] == '"' ? p + 1 : p;
+            EXPECT_EQ(std::string("=+-@").find(l[i]), std::string::npos) << l;
+            if (l.find(',', p) == std::string::npos) break;
+        }
+
+    // A real negative amount stays a number.
+    pierdeCedula("6010001", *Moneda::desdeTexto("-10"));
+    ASSERT_TRUE(PreparaDetalleInconsistencias(s, kPlantillaDetalle, r));
+    GuardaReporte(r, csv.string());
+    EXPECT_NE(Lee(csv).find(",-10,"), std::string::npos) << Lee(csv);
+}
+
+TEST_F(ReportesInconsistencias, ElDetalleMuestraLaCuentaConFormatoComoElResumen) {
+    s.FormatoCtaEmpresa = "999-99-99";
+    s.SeparadorEmpresa = "-";
+    s.NumeroNiveles = 3;
+    s.LongitudesNivel = {3, 2, 2};
+    s.CatalogoArbol = true;
+    pierdeCedula("6010001", Moneda::desdeEntero(5));
+    Reporte r;
+    ASSERT_TRUE(PreparaDetalleInconsistencias(s, kPlantillaDetalle, r));
+    ASSERT_EQ(r.filas.size(), 1u);
+    ASSERT_GE(r.columna("Cuenta_Fmtda"), 0);
+    EXPECT_EQ(r.filas[0][r.columna("Cuenta_Fmtda")], "601-00-01");
+    EXPECT_EQ(r.filas[0][r.columna("Cuenta")], "6010001");
+    fs::path pdf = carpeta.ruta() / "detalle.pdf";
+    GuardaReporte(r, pdf.string());
+    EXPECT_NE(TextoPdf(pdf).find("601-00-01"), std::string::npos);
+}
+
+TEST_F(ReportesInconsistencias, UnRenglonDeLaTablaNoSeParteEntreDosPaginas) {
+    // Rows of several lines each, enough for three pages.
+    for (int i = 0; i < 90; ++i) {
+        std::string texto = "INICIO" + std::to_string(i) + " ";
+        for (int k = 0; k < 12; ++k) texto += "Se dió de Alta una nueva Cuenta en el catálogo del cliente ";
+        texto += "FINAL" + std::to_string(i);
+        registra(texto, "Catálogo de Cuentas", "A", Fecha(2023, 3, 31), "1000102");
+    }
+    Reporte r;
+    ASSERT_TRUE(PreparaResumenInconsistencias(s, kPlantillaResumen, r));
+    fs::path pdf = carpeta.ruta() / "largo.pdf";
+    GuardaReporte(r, pdf.string());
+    std::string info = (carpeta.ruta() / "info.txt").string();
+    ASSERT_EQ(std::system(("pdfinfo '" + pdf.string() + "' > '" + info + "'").c_str()), 0);
+    std::string datos = Lee(info);
+    int total = std::atoi(datos.c_str() + datos.find("Pages:") + 6);
+    ASSERT_GE(total, 3) << datos;
+    std::vector<std::string> paginas;
+    for (int p = 1; p <= total; ++p) {
+        paginas.push_back(TextoPdf(pdf, "-f " + std::to_string(p) + " -l " + std::to_string(p)));
+        // Each page bears its number, and the table's header goes on with the table.
+        EXPECT_NE(paginas.back().find(std::to_string(p)), std::string::npos);
+        if (p > 1 && p < total) {
+            EXPECT_NE(paginas.back().find("Descripción"), std::string::npos) << paginas.back();
+        }
+    }
+    auto pagina = [&](const std::string& marca) {
+        for (size_t p = 0; p < paginas.size(); ++p) {
+            auto i = paginas[p].find(marca);
+            // "INICIO1" is also the start of "INICIO10".
+            while (i != std::string::npos && std::isdigit(static_cast<unsigned char>(paginas[p][i + marca.size()])))
+                i = paginas[p].find(marca, i + 1);
+            if (i != std::string::npos) return static_cast<int>(p);
+        }
+        return -1;
+    };
+    for (int i = 0; i < 90; ++i) {
+        int inicio = pagina("INICIO" + std::to_string(i)), fin = pagina("FINAL" + std::to_string(i));
+        ASSERT_GE(inicio, 0) << i;
+        EXPECT_EQ(inicio, fin) << "row " << i << " split across pages";
+    }
 }
 
 TEST_F(ReportesInconsistencias, LaPlantillaDelDespachoDecideLoQueSeMuestra) {
@@ -200,6 +312,26 @@ TEST_F(ReportesInconsistencias, ElMensajeDeInconsistenciasMuestraElReporteLasVec
     ASSERT_EQ(interaccion.mostrados.size(), 2u);
     EXPECT_EQ(interaccion.mostrados[1].filas.size(), 3u);
     EXPECT_TRUE(interaccion.mensajes.empty());
+}
+
+TEST_F(ReportesInconsistencias, LaDecisionSeTomaViendoCuantasHayDeCadaClase) {
+    tresFilas();  // A, A, D
+    registra("La Póliza se dio de baja.", "Pólizas", "B", Fecha(2023, 2, 1), "");
+    registra("La descripción de la cuenta ha cambiado: Anterior -> Caja Nuevo -> Cajas", "Catálogo de Cuentas", "C",
+             Valor(), "1010000");
+    registra("No se registró  el movimiento D ,$5.00 de la Póliza, ya que la Cuenta no existe.", "Pólizas", "O",
+             Fecha(2023, 2, 1), "999");
+    interaccion.decisiones = {DecisionInconsistencias::VerReporte, DecisionInconsistencias::Continuar};
+    EXPECT_TRUE(MuestraMsgInconsistencias(s));
+    ASSERT_EQ(interaccion.conteos.size(), 2u);  // shown again after the report
+    for (auto& c : interaccion.conteos) {
+        EXPECT_EQ(c.nuevas, 2);
+        EXPECT_EQ(c.cambios, 1);
+        EXPECT_EQ(c.bajas, 1);
+        EXPECT_EQ(c.otras, 2);  // the defect and the reader's remark
+    }
+    EXPECT_EQ(TextoConteoInconsistencias(interaccion.conteos[0]),
+              "Nuevas: 2, con cambios: 1, dadas de baja: 1, otras: 2 (6 en total).");
 }
 
 TEST_F(ReportesInconsistencias, SinPlantillaElUsuarioAunPuedeContinuarOCancelar) {

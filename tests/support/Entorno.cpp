@@ -66,7 +66,9 @@ std::string InteraccionGuionada::eligeArchivo(const std::string& filtro, const s
     return r;
 }
 
-DecisionInconsistencias InteraccionGuionada::decideInconsistencias(const std::string&) {
+DecisionInconsistencias InteraccionGuionada::decideInconsistencias(const std::string&,
+                                                                   const ConteoInconsistencias& conteo) {
+    conteos.push_back(conteo);
     if (decisiones.empty()) return DecisionInconsistencias::Cancelar;
     auto d = decisiones.front();
     decisiones.pop_front();

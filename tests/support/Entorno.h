@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "pipeline/Reportes.h"
 #include "session/Interaccion.h"
 
 namespace velmorant::prueba {
@@ -55,12 +56,14 @@ class InteraccionGuionada : public Interaccion {
 public:
     bool mensaje(TipoMensaje tipo, const std::string& titulo, const std::string& texto) override;
     std::string eligeArchivo(const std::string& filtro, const std::string& titulo) override;
-    DecisionInconsistencias decideInconsistencias(const std::string& titulo) override;
+    DecisionInconsistencias decideInconsistencias(const std::string& titulo,
+                                                  const ConteoInconsistencias& conteo) override;
     DecisionFinal decideFinal(const std::string& titulo) override;
 
     std::deque<bool> respuestas;             // for questions; No when empty
     std::deque<std::string> archivos;        // for file dialogs; cancel when empty
     std::deque<DecisionInconsistencias> decisiones;
+    std::vector<ConteoInconsistencias> conteos;  // the count shown at each decision
     std::deque<DecisionFinal> decisionesFinales;
     std::vector<MensajeMostrado> mensajes;
     std::vector<std::string> filtrosPedidos;

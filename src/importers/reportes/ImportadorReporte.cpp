@@ -105,6 +105,8 @@ DescriptorImportador DescriptorReporte(int idSistema) {
     d.selectorMes = {"Búsqueda del Archivo de Pólizas del mes de ", filtro, kClavePolizasMes};
     d.casillas = CasillasLecturaDelimitada();
     d.parametros = ParametrosLecturaDelimitada();
+    // The chart and balances are delimited text; the reports are not.
+    d.verificaEntradas = [](const ArchivosImportacion& a) { VerificaDelimitador(a, false); };
     d.crea = [idSistema](Sesion& s, const ArchivosImportacion& a) -> std::unique_ptr<Importador> {
         const auto& todas = Descripciones();
         auto it = todas.porEnlace.find(idSistema);

@@ -1,6 +1,7 @@
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 
 #include "layouts/Configuraciones.h"
+#include "importers/texto_delimitado/DelimitadorArchivo.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -38,14 +39,39 @@ void ImportadorTextoDelimitado::ImportaSaldosAnioAnterior(Sesion& s, DestinoTmp&
     ImportaSaldosAnioAntTexto(s, d, ruta, lectura_);
 }
 
-std::optional<LecturaDelimitada> LecturaDelimitadaElegida(Sesion& s, const ArchivosImportacion& a) {
+std::string SeparadorElegido(const ArchivosImportacion& a) {
     auto separador = a.parametro("separador");
     bool tabulador = a.casilla("tabulador");
     if (separador.has_value() == tabulador)
         throw ParametroInvalido("indique --separador C o --tabulador, uno de los dos");
     if (separador && separador->empty()) throw ParametroInvalido("el separador no puede estar vacío");
+    return tabulador ? "\t" : *separador;
+}
+
+void VerificaDelimitador(const ArchivosImportacion& a, bool conPolizas) {
+    const std::string separador = SeparadorElegido(a);
+    // The files the parameter form previews: the chart, the opening
+    // balances, the first voucher file, the prior-year file.
+    std::vector<std::string> rutas{a.catalogo, a.saldosIniciales, a.saldosAnioAnterior};
+    if (conPolizas) {
+        std::string primera = a.polizas;
+        for (const auto& m : a.meses)
+            if (primera.empty()) primera = m;
+        rutas.push_back(primera);
+    }
+    for (const auto& ruta : rutas) {
+        if (ruta.empty()) continue;
+        long linea = LineaSinDelimitador(ruta, separador);
+        if (linea == 0) continue;
+        std::string cual = separador == "\t" ? "el tabulador" : "'" + separador + "'";
+        throw ParametroInvalido(MensajeArchivoSinDelimitar(ruta) + "\nLa línea " + std::to_string(linea) +
+                                " no contiene el separador indicado (" + cual + "); revise --separador o --tabulador.");
+    }
+}
+
+std::optional<LecturaDelimitada> LecturaDelimitadaElegida(Sesion& s, const ArchivosImportacion& a) {
     LecturaDelimitada lectura;
-    lectura.separador = tabulador ? "\t" : *separador;
+    lectura.separador = SeparadorElegido(a);
     lectura.Titulos = !a.casilla("sin-titulos");
     auto nombre = a.parametro("configuracion");
     if (!nombre || nombre->empty()) throw ParametroInvalido("indique la configuración de columnas (--configuracion NOMBRE)");
@@ -120,6 +146,7 @@ DescriptorImportador DescriptorTextoDelimitado() {
         .avisoFaltante = true};
     d.casillas = CasillasLecturaDelimitada();
     d.parametros = ParametrosLecturaDelimitada();
+    d.verificaEntradas = [](const ArchivosImportacion& a) { VerificaDelimitador(a, true); };
     d.crea = CreaTextoDelimitado;
     return d;
 }

@@ -56,4 +56,15 @@ std::vector<ParametroDescrito> ParametrosLecturaDelimitada();
 /// layout refuses (its message shown).
 std::optional<LecturaDelimitada> LecturaDelimitadaElegida(Sesion& s, const ArchivosImportacion& a);
 
+/// The delimiter chosen: --separador C or --tabulador, exactly one of them
+/// (ParametroInvalido otherwise).
+std::string SeparadorElegido(const ArchivosImportacion& a);
+
+/// Before a run: every delimited file chosen (chart, opening balances,
+/// prior-year file and, with `conPolizas`, the first voucher file) is split
+/// by the delimiter chosen; the first that is not throws ParametroInvalido
+/// with "El archivo ... no se encuentra delimitado por el caracter que
+/// indico." and the line.
+void VerificaDelimitador(const ArchivosImportacion& a, bool conPolizas);
+
 }  // namespace velmorant

@@ -1,6 +1,7 @@
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
 
 #include "importers/Limpieza.h"
+#include "importers/texto_delimitado/DelimitadorArchivo.h"
 #include "importers/Recorrido.h"
 #include "pipeline/Inconsistencias.h"
 #include "platform/ErrorLectura.h"
@@ -200,7 +201,7 @@ VistaPrevia VistaPreviaTexto(Sesion& s, const std::string& ruta, const std::stri
             for (auto& celda : fila.celdas) vista.filas.back().push_back(Izquierda(celda.comoTexto(), 255));
         if (fila.celdas.size() == 1) {
             const std::string mensaje =
-                "El archivo " + ruta + " no se encuentra delimitado por el caracter que indico.";
+                MensajeArchivoSinDelimitar(ruta);
             MsgCritico(s, mensaje);
             throw ErrorLectura(mensaje, ruta, fila.numero);
         }
