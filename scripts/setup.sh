@@ -16,6 +16,11 @@ PACKAGES=(
   poppler-utils             # pdftotext, to check rendered reports in tests
   qt6-translations-l10n     # Spanish texts of the toolkit's own dialogs (file chooser, printing)
   ccache                    # compiler cache: repeated builds of the same sources are quick
+  libzip-dev                # .xlsx workbooks are zip packages
+  libpugixml-dev            # the XML parts of an .xlsx
+  libfreexl-dev             # .xls workbooks
+  libxlsxwriter-dev         # tests write their .xlsx fixtures with it
+  python3-xlwt              # tests write their .xls fixtures with it (run by /usr/bin/python3)
 )
 
 missing=()
