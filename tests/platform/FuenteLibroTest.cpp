@@ -330,19 +330,21 @@ TEST(FuenteLibro, XlsDeOtroPrograma) {
                                   "ws.write(1,3,datetime.datetime(2023,1,31,10,30,15),fechaHora)\n"
                                   "ws.write(2,0,'1020'); ws.write(2,2,1234567.89)\n"
                                   "ws.write(2,3,datetime.date(2023,2,1),fecha)\n"
-                                  "ws.write(4,2,-5)\n"
+                                  "ws.write(4,2,-5); ws.write(4,3,True); ws.write(4,4,False)\n"
+                                  "ws.row(4).set_cell_error(5,'#DIV/0!')\n"
                                   "otra = wb.add_sheet('Saldos'); otra.write(0,0,'Saldo'); otra.write(1,0,-12.5)\n");
     FuenteLibro f(ruta);
     EXPECT_EQ(f.nombreHoja(), "Catálogo");
     EXPECT_EQ(f.hojas(), (std::vector<std::string>{"Catálogo", "Saldos"}));
-    EXPECT_EQ(f.nombresColumnas(), (std::vector<std::string>{"Cuenta", "Nombre", "Importe", "Fecha"}));
+    EXPECT_EQ(f.nombresColumnas(), (std::vector<std::string>{"Cuenta", "Nombre", "Importe", "Fecha", "", ""}));
     auto filas = Filas(f);
     ASSERT_EQ(filas.size(), 4u);
     EXPECT_EQ(Texto(filas[0]), "1010001|Caja y bancos ñ|0.1|31/01/2023 10:30:15");
     EXPECT_EQ(Texto(filas[1]), "1020||1234567.89|01/02/2023");
     EXPECT_EQ(filas[1][4].tipo(), Celda::Tipo::Fecha);
     EXPECT_TRUE(filas[2].vacia());
-    EXPECT_EQ(Texto(filas[3]), "||-5");
+    // Logical and error values, which FreeXL gives as numbers.
+    EXPECT_EQ(Texto(filas[3]), "||-5|Verdadero|Falso|#DIV/0!");
     EXPECT_EQ(filas[3].numero, 5);
 
     FuenteLibro saldos(ruta, {"saldos", "", true});

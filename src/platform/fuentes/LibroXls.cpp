@@ -1,9 +1,10 @@
 // The .xls reader: FreeXL reads the cells. Before it opens the file, a
 // survey of our own walks the workbook stream's records, because FreeXL
 // neither reports formulas (it gives their cells as empty, though the file
-// stores their results) nor bounds its memory (it allocates every sheet's
-// whole declared dimension at once). The survey finds each sheet's formula
-// cells, the encryption record and the cells the sheets declare.
+// stores their results), nor tells a logical value or an error from a
+// number, nor bounds its memory (it allocates every sheet's whole declared
+// dimension at once). The survey finds each sheet's formula, logical and
+// error cells, the encryption record and the cells the sheets declare.
 
 #include <freexl.h>
 
@@ -33,17 +34,22 @@ uint32_t U32(std::string_view d, size_t p) {
     return static_cast<uint32_t>(U16(d, p)) | static_cast<uint32_t>(U16(d, p + 2)) << 16;
 }
 
-struct FormulaHoja {
+/// A cell FreeXL does not deliver as it is: a formula, a logical value
+/// or an error value (`valor` the value or the error's code).
+struct CeldaEspecial {
+    enum Clase : uint8_t { Formula, Logico, Error };
     uint32_t fila;  // from 1
     uint16_t columna;
-    bool operator<(const FormulaHoja& o) const { return fila != o.fila ? fila < o.fila : columna < o.columna; }
+    Clase clase;
+    uint8_t valor;
+    bool operator<(const CeldaEspecial& o) const { return fila != o.fila ? fila < o.fila : columna < o.columna; }
 };
 
 struct HojaBiff {
     std::string nombre;
     int tipo = 0;  // 0 worksheet, 2 chart, 6 module
     uint32_t inicio = 0;
-    std::vector<FormulaHoja> formulas;
+    std::vector<CeldaEspecial> especiales;
 };
 
 struct Censo {
@@ -56,13 +62,13 @@ struct ErrorCenso {};
 
 // Record types.
 constexpr uint16_t kBof8 = 0x0809, kEof = 0x000A, kFilepass = 0x002F, kBoundsheet = 0x0085;
-constexpr uint16_t kFormula = 0x0006, kDimensions = 0x0200, kMulRk = 0x00BD, kMulBlank = 0x00BE;
+constexpr uint16_t kFormula = 0x0006, kBoolErr = 0x0205, kDimensions = 0x0200, kMulRk = 0x00BD, kMulBlank = 0x00BE;
 
 bool EsBof(uint16_t tipo) { return tipo == kBof8 || tipo == 0x0409 || tipo == 0x0209 || tipo == 0x0009; }
 
 bool EsCelda(uint16_t tipo) {
     switch (tipo) {
-        case kFormula: case 0x00FD: case 0x0203: case 0x027E: case 0x0201: case 0x0204: case 0x0205: case 0x00D6:
+        case kFormula: case kBoolErr: case 0x00FD: case 0x0203: case 0x027E: case 0x0201: case 0x0204: case 0x00D6:
             return true;
         default: return false;
     }
@@ -159,10 +165,14 @@ Censo CensaLibro(std::string_view flujo) {
                 if ((tipo == kMulRk || tipo == kMulBlank) && d.size() >= 6) columna = U16(d, d.size() - 2);
                 filas = std::max<uint64_t>(filas, fila + 1ull);
                 columnas = std::max<uint64_t>(columnas, columna + 1ull);
-                if (tipo == kFormula) h.formulas.push_back({fila + 1, static_cast<uint16_t>(U16(d, 2) + 1)});
+                uint16_t columna1 = static_cast<uint16_t>(U16(d, 2) + 1);
+                if (tipo == kFormula) h.especiales.push_back({fila + 1, columna1, CeldaEspecial::Formula, 0});
+                if (tipo == kBoolErr && d.size() >= 8)
+                    h.especiales.push_back({fila + 1, columna1, d[7] ? CeldaEspecial::Error : CeldaEspecial::Logico,
+                                            static_cast<uint8_t>(d[6])});
             }
         } while (nivel > 0);
-        std::sort(h.formulas.begin(), h.formulas.end());
+        std::sort(h.especiales.begin(), h.especiales.end());
         censo.celdasDeclaradas += std::max(filasDeclaradas, filas) * std::max(columnasDeclaradas, columnas);
     }
     return censo;
@@ -213,11 +223,33 @@ Celda Convierte(const FreeXL_CellValue& v) {
     }
 }
 
+std::string TextoDeError(uint8_t codigo) {
+    switch (codigo) {
+        case 0x00: return "#NULL!";
+        case 0x07: return "#DIV/0!";
+        case 0x0F: return "#VALUE!";
+        case 0x17: return "#REF!";
+        case 0x1D: return "#NAME?";
+        case 0x24: return "#NUM!";
+        case 0x2A: return "#N/A";
+        default: return "#ERROR";
+    }
+}
+
+CeldaHoja CeldaDe(const CeldaEspecial& e) {
+    switch (e.clase) {
+        case CeldaEspecial::Formula: return {e.columna, Celda(), true};
+        case CeldaEspecial::Logico: return {e.columna, Celda::logico(e.valor != 0), false};
+        case CeldaEspecial::Error: break;
+    }
+    return {e.columna, Celda::texto(TextoDeError(e.valor)), false};
+}
+
 class LectorHojaXls : public LectorHoja {
 public:
     LectorHojaXls(const void* manejador, const std::string& ruta, unsigned filas, unsigned short columnas,
-                  const std::vector<FormulaHoja>& formulas)
-        : manejador_(manejador), ruta_(ruta), filas_(filas), columnas_(columnas), formulas_(formulas) {}
+                  const std::vector<CeldaEspecial>& especiales)
+        : manejador_(manejador), ruta_(ruta), filas_(filas), columnas_(columnas), especiales_(especiales) {}
 
     bool siguiente(FilaHoja& fila) override {
         while (siguiente_ < filas_) {
@@ -232,13 +264,21 @@ public:
                 Celda celda = Convierte(v);
                 if (!celda.esNula()) fila.celdas.push_back({c + 1, std::move(celda), false});
             }
-            bool conFormulas = false;
-            while (formula_ < formulas_.size() && formulas_[formula_].fila < fila.numero) ++formula_;
-            for (; formula_ < formulas_.size() && formulas_[formula_].fila == fila.numero; ++formula_) {
-                fila.celdas.push_back({formulas_[formula_].columna, Celda(), true});
-                conFormulas = true;
+            // The survey's cells take the place of what FreeXL gave for them.
+            bool agregadas = false;
+            while (especial_ < especiales_.size() && especiales_[especial_].fila < fila.numero) ++especial_;
+            for (; especial_ < especiales_.size() && especiales_[especial_].fila == fila.numero; ++especial_) {
+                CeldaHoja celda = CeldaDe(especiales_[especial_]);
+                auto igual = std::find_if(fila.celdas.begin(), fila.celdas.end(),
+                                          [&](const CeldaHoja& c) { return c.columna == celda.columna; });
+                if (igual != fila.celdas.end()) {
+                    *igual = std::move(celda);
+                } else {
+                    fila.celdas.push_back(std::move(celda));
+                    agregadas = true;
+                }
             }
-            if (conFormulas)
+            if (agregadas)
                 std::stable_sort(fila.celdas.begin(), fila.celdas.end(),
                                  [](const CeldaHoja& a, const CeldaHoja& b) { return a.columna < b.columna; });
             if (!fila.celdas.empty()) return true;
@@ -251,9 +291,9 @@ private:
     const std::string& ruta_;
     unsigned filas_;
     unsigned short columnas_;
-    const std::vector<FormulaHoja>& formulas_;
+    const std::vector<CeldaEspecial>& especiales_;
     unsigned siguiente_ = 0;
-    size_t formula_ = 0;
+    size_t especial_ = 0;
 };
 
 class LibroXls : public Libro {
@@ -309,9 +349,9 @@ public:
             if (k < censo.hojas.size()) {
                 usada[k] = true;
                 if (censo.hojas[k].tipo != 0) continue;  // a chart or a module, not a worksheet
-                formulas_.push_back(std::move(censo.hojas[k].formulas));
+                especiales_.push_back(std::move(censo.hojas[k].especiales));
             } else {
-                formulas_.emplace_back();
+                especiales_.emplace_back();
             }
             hojas_.push_back(n);
             indices_.push_back(static_cast<unsigned short>(i));
@@ -327,7 +367,7 @@ public:
         if (freexl_select_active_worksheet(manejador_, indices_.at(indice)) != FREEXL_OK ||
             freexl_worksheet_dimensions(manejador_, &filas, &columnas) != FREEXL_OK)
             FallaLibro(ruta_, std::string(kDanado) + " (hoja " + hojas_[indice] + ")");
-        return std::make_unique<LectorHojaXls>(manejador_, ruta_, filas, columnas, formulas_[indice]);
+        return std::make_unique<LectorHojaXls>(manejador_, ruta_, filas, columnas, especiales_[indice]);
     }
 
 private:
@@ -335,7 +375,7 @@ private:
     const void* manejador_ = nullptr;
     std::vector<std::string> hojas_;
     std::vector<unsigned short> indices_;  // FreeXL's number of each sheet
-    std::vector<std::vector<FormulaHoja>> formulas_;
+    std::vector<std::vector<CeldaEspecial>> especiales_;
 
     void cierra() {
         if (manejador_) freexl_close(manejador_);
