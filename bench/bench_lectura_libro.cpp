@@ -56,13 +56,14 @@ void EscribeLibro(const std::string& ruta, long filas) {
     char linea[512];
     for (long n = 0; n < filas; ++n) {
         long poliza = n / 5, r = n + 2;
-        std::snprintf(linea, sizeof linea,
-                      "<row r=\"%ld\"><c r=\"A%ld\"><v>%ld</v></c><c r=\"B%ld\"><v>%ld</v></c>"
-                      "<c r=\"C%ld\" s=\"1\"><v>%ld</v></c><c r=\"D%ld\" t=\"inlineStr\"><is><t>Dr</t></is></c>"
-                      "<c r=\"E%ld\" t=\"s\"><v>%ld</v></c><c r=\"F%ld\"><v>%d</v></c>"
-                      "<c r=\"G%ld\"><v>%ld.25</v></c><c r=\"H%ld\" t=\"inlineStr\"><is><t>Factura %ld</t></is></c></row>",
-                      r, r, poliza, r, 1010001 + (n * 7) % 300, r, 45292 + poliza % 28, r, r, poliza % 1000, r,
-                      n % 5 == 4 ? 2 : 1, r, poliza % 1000 + 1, r, n);
+        std::snprintf(
+            linea, sizeof linea,
+            "<row r=\"%ld\"><c r=\"A%ld\"><v>%ld</v></c><c r=\"B%ld\"><v>%ld</v></c>"
+            "<c r=\"C%ld\" s=\"1\"><v>%ld</v></c><c r=\"D%ld\" t=\"inlineStr\"><is><t>Dr</t></is></c>"
+            "<c r=\"E%ld\" t=\"s\"><v>%ld</v></c><c r=\"F%ld\"><v>%d</v></c>"
+            "<c r=\"G%ld\"><v>%ld.25</v></c><c r=\"H%ld\" t=\"inlineStr\"><is><t>Factura %ld</t></is></c></row>",
+            r, r, poliza, r, 1010001 + (n * 7) % 300, r, 45292 + poliza % 28, r, r, poliza % 1000, r,
+            n % 5 == 4 ? 2 : 1, r, poliza % 1000 + 1, r, n);
         salida << hoja << linea;
         hoja.clear();
     }
@@ -95,8 +96,8 @@ int main(int argc, char** argv) {
     fs::create_directories(carpeta);
     std::string ruta = (carpeta / "polizas.xlsx").string();
     EscribeLibro(ruta, filas);
-    std::cout << "Libro de " << filas << " filas: " << fs::file_size(ruta) / 1024 << " KB; memoria al escribirlo:"
-              << PicoMemoria() << "\n";
+    std::cout << "Libro de " << filas << " filas: " << fs::file_size(ruta) / 1024
+              << " KB; memoria al escribirlo:" << PicoMemoria() << "\n";
 
     auto inicio = std::chrono::steady_clock::now();
     double cpuInicio = SegundosCpu();

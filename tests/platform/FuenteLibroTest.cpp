@@ -109,11 +109,12 @@ std::string AlteraHoja(std::string b) {
     return b;
 }
 
-// An .xls whose globals announce encryption: its code-page record (type
-// 0x42, 2 bytes) turned into the encryption record (0x2F).
-std::string ConContrasenia(std::string b) {
-    size_t p = b.find(std::string("\x42\x00\x02\x00", 4));
-    b[p] = '\x2F';
+// The bytes with those at `desplazamiento` from the first record that
+// starts with `cabecera` (type and length) replaced.
+std::string Parchea(std::string b, const std::string& cabecera, size_t desplazamiento, const std::string& nuevos) {
+    size_t p = b.find(cabecera);
+    EXPECT_NE(p, std::string::npos);
+    b.replace(p + desplazamiento, nuevos.size(), nuevos);
     return b;
 }
 
@@ -164,14 +165,16 @@ TEST(FuenteLibro, XlsxCadaTipoDeCeldaConSuFila) {
         worksheet_write_number(h, 4, 5, 1e-7, nullptr);
         lxw_format* negrita = workbook_add_format(libro);
         format_set_bold(negrita);
-        lxw_rich_string_tuple a = {nullptr, const_cast<char*>("Pólizas ")}, b = {negrita, const_cast<char*>("de diario")};
+        lxw_rich_string_tuple a = {nullptr, const_cast<char*>("Pólizas ")},
+                              b = {negrita, const_cast<char*>("de diario")};
         lxw_rich_string_tuple* partes[] = {&a, &b, nullptr};
         worksheet_write_rich_string(h, 5, 1, partes, nullptr);
     });
 
     FuenteLibro f(ruta);
     EXPECT_EQ(f.nombreHoja(), "Catálogo");
-    EXPECT_EQ(f.nombresColumnas(), (std::vector<std::string>{"Cuenta", "Nombre", "Importe", "Fecha", "Activa", "Total"}));
+    EXPECT_EQ(f.nombresColumnas(),
+              (std::vector<std::string>{"Cuenta", "Nombre", "Importe", "Fecha", "Activa", "Total"}));
     EXPECT_EQ(f.totalEstimado(), 5);
     auto filas = Filas(f);
     ASSERT_EQ(filas.size(), 5u);
@@ -253,9 +256,13 @@ TEST(FuenteLibro, RangoEncabezadoYAreaUsada) {
     ASSERT_EQ(filas.size(), 1u);
     EXPECT_EQ(Texto(filas[0]), "1101|Caja");
 
-    EXPECT_NE(MensajeDe([&] { FuenteLibro(ruta, {"", "L7:A", true}); }).find("Rango de hoja no válido"),
+    EXPECT_NE(MensajeDe([&] {
+                  FuenteLibro(ruta, {"", "L7:A", true});
+              }).find("Rango de hoja no válido"),
               std::string::npos);
-    EXPECT_NE(MensajeDe([&] { FuenteLibro(ruta, {"Mayor", "", true}); }).find("no tiene la hoja \"Mayor\""),
+    EXPECT_NE(MensajeDe([&] {
+                  FuenteLibro(ruta, {"Mayor", "", true});
+              }).find("no tiene la hoja \"Mayor\""),
               std::string::npos);
 }
 
@@ -264,8 +271,9 @@ TEST(FuenteLibro, RangoEncabezadoYAreaUsada) {
 // a formula saved without its result.
 TEST(FuenteLibro, XlsxDeOtroProgramaYFormulaSinResultado) {
     CarpetaTemporal c;
-    const std::string ns = "xmlns:x=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" "
-                           "xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\"";
+    const std::string ns =
+        "xmlns:x=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" "
+        "xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\"";
     const std::string rel = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/";
     auto partes = [&](const std::string& celdaC3) {
         return std::map<std::string, std::string>{
@@ -292,7 +300,9 @@ TEST(FuenteLibro, XlsxDeOtroProgramaYFormulaSinResultado) {
                  "<x:r><x:t xml:space=\"preserve\">cepto</x:t></x:r></x:is></x:c></x:row>"
                  "<x:row><x:c r=\"A2\" s=\"1\"><x:v>43830</x:v></x:c><x:c r=\"B2\" t=\"inlineStr\"><x:is>"
                  "<x:t>Línea_x000D_ dos</x:t></x:is></x:c></x:row>"
-                 "<x:row>" + celdaC3 + "</x:row>"
+                 "<x:row>" +
+                 celdaC3 +
+                 "</x:row>"
                  "</x:sheetData></x:worksheet>"},
         };
     };
@@ -306,8 +316,8 @@ TEST(FuenteLibro, XlsxDeOtroProgramaYFormulaSinResultado) {
     EXPECT_EQ(filas[1].campo(1), "01/01/1904");
     EXPECT_EQ(filas[1].numero, 3);
 
-    std::string sinResultado =
-        EscribeZip(c, "formula.xlsx", partes("<x:c r=\"A3\"><x:v>5</x:v></x:c><x:c r=\"C3\"><x:f>SUM(C1:C2)</x:f></x:c>"));
+    std::string sinResultado = EscribeZip(
+        c, "formula.xlsx", partes("<x:c r=\"A3\"><x:v>5</x:v></x:c><x:c r=\"C3\"><x:f>SUM(C1:C2)</x:f></x:c>"));
     try {
         FuenteLibro mal(sinResultado);
         FAIL() << "una fórmula sin resultado no puede leerse en blanco";
@@ -380,7 +390,7 @@ TEST(FuenteLibro, ArchivosQueNoSeLeen) {
         std::ifstream in(bueno, std::ios::binary);
         bytes.assign(std::istreambuf_iterator<char>(in), {});
     }
-    std::string xls = EscribeXls(c, "bueno.xls", "ws.write(0,0,'x')\n");
+    std::string xls = EscribeXls(c, "bueno.xls", "ws.write(0,0,'x'); ws.write(1,0,datetime.date(2023,1,1),fecha)\n");
     std::string bytesXls;
     {
         std::ifstream in(xls, std::ios::binary);
@@ -403,23 +413,37 @@ TEST(FuenteLibro, ArchivosQueNoSeLeen) {
         {"xls cortado", EscribeBytes(c, "cortado.xls", bytesXls.substr(0, 1500)), "dañado"},
         {"zip que no es libro", EscribeZip(c, "otro.zip", {{"leeme.txt", "hola"}}), "no es un libro de Excel"},
         {"con contraseña",
-         EscribeBytes(c, "cifrado.xlsx",
-                      DocumentoCompuestoAMano({{"EncryptionInfo", 0xFFFFFFFE, 0}, {"EncryptedPackage", 0xFFFFFFFE, 0}},
-                                              {}, 2)),
+         EscribeBytes(
+             c, "cifrado.xlsx",
+             DocumentoCompuestoAMano({{"EncryptionInfo", 0xFFFFFFFE, 0}, {"EncryptedPackage", 0xFFFFFFFE, 0}}, {}, 2)),
          "está protegido con contraseña"},
-        {"xls con contraseña", EscribeBytes(c, "cifrado.xls", ConContrasenia(bytesXls)), "está protegido con contraseña"},
+        // The code-page record (type 0x42, 2 bytes) turned into the encryption record (0x2F).
+        {"xls con contraseña",
+         EscribeBytes(c, "cifrado.xls", Parchea(bytesXls, std::string("\x42\x00\x02\x00", 4), 0, "\x2F")),
+         "está protegido con contraseña"},
+        // Records that FreeXL would trust: a number format (0x41E) whose text
+        // claims 65287 wide characters in a record of a few bytes; a sheet's
+        // dimensions (0x200) smaller than its cells.
+        {"xls con un texto más largo que su registro",
+         EscribeBytes(c, "formato.xls", Parchea(bytesXls, "\x1E\x04", 6, "\x07\xFF\xFF")), "dañado o incompleto (registro ilegible en la posición"},
+        {"xls con celdas fuera de su dimensión",
+         EscribeBytes(c, "dimension.xls",
+                      Parchea(bytesXls, std::string("\x00\x02\x0E\x00", 4), 8, std::string("\x01\x00\x00\x00", 4))),
+         "dañado o incompleto (registro ilegible en la posición"},
         {"cadena circular", EscribeBytes(c, "ciclo.xls", DocumentoCompuestoAMano({{"Workbook", 2, 8192}}, {3, 2}, 20)),
          "cadena de sectores circular"},
-        {"documento sin libro", EscribeBytes(c, "carta.doc", DocumentoCompuestoAMano({{"WordDocument", 2, 4096}},
-                                                                                     {3, 4, 5, 6, 7, 8, 9, 0xFFFFFFFE}, 10)),
+        {"documento sin libro",
+         EscribeBytes(c, "carta.doc",
+                      DocumentoCompuestoAMano({{"WordDocument", 2, 4096}}, {3, 4, 5, 6, 7, 8, 9, 0xFFFFFFFE}, 10)),
          "no es un libro de Excel"},
         {"texto que no existe",
          EscribeZip(c, "indice.xlsx",
                     {{"xl/workbook.xml", "<workbook><sheets><sheet name=\"H\" r:id=\"b\"/></sheets></workbook>"},
                      {"xl/_rels/workbook.xml.rels", "<Relationships><Relationship Id=\"b\" Type=\"" + rel +
                                                         "worksheet\" Target=\"h.xml\"/></Relationships>"},
-                     {"xl/h.xml", "<worksheet><sheetData><row r=\"3\"><c r=\"B3\" t=\"s\"><v>7</v></c></row>"
-                                  "</sheetData></worksheet>"}}),
+                     {"xl/h.xml",
+                      "<worksheet><sheetData><row r=\"3\"><c r=\"B3\" t=\"s\"><v>7</v></c></row>"
+                      "</sheetData></worksheet>"}}),
          "la celda B3 remite a un texto que no existe", "H"},
         {"fila fuera de orden",
          EscribeZip(c, "orden.xlsx",
@@ -428,8 +452,9 @@ TEST(FuenteLibro, ArchivosQueNoSeLeen) {
                      {"xl/workbook.xml", "<workbook><sheets><sheet name=\"H\" r:id=\"b\"/></sheets></workbook>"},
                      {"xl/_rels/workbook.xml.rels", "<Relationships><Relationship Id=\"b\" Type=\"" + rel +
                                                         "worksheet\" Target=\"h.xml\"/></Relationships>"},
-                     {"xl/h.xml", "<worksheet><sheetData><row r=\"5\"><c><v>1</v></c></row>"
-                                  "<row r=\"2\"><c><v>2</v></c></row></sheetData></worksheet>"}}),
+                     {"xl/h.xml",
+                      "<worksheet><sheetData><row r=\"5\"><c><v>1</v></c></row>"
+                      "<row r=\"2\"><c><v>2</v></c></row></sheetData></worksheet>"}}),
          "fuera de orden", "H"},
     };
     for (const auto& caso : casos) {
@@ -457,14 +482,15 @@ TEST(FuenteLibro, TamaniosHostilesNoAgotanLaMemoria) {
     std::string ruta = EscribeZip(
         c, "hostil.xlsx",
         {{"xl/workbook.xml", "<workbook><sheets><sheet name=\"H\" r:id=\"b\"/></sheets></workbook>"},
-         {"xl/_rels/workbook.xml.rels",
-          "<Relationships><Relationship Id=\"b\" Type=\"" + rel + "worksheet\" Target=\"h.xml\"/>" +
-              "<Relationship Id=\"s\" Type=\"" + rel + "sharedStrings\" Target=\"cadenas.xml\"/></Relationships>"},
+         {"xl/_rels/workbook.xml.rels", "<Relationships><Relationship Id=\"b\" Type=\"" + rel +
+                                            "worksheet\" Target=\"h.xml\"/>" + "<Relationship Id=\"s\" Type=\"" + rel +
+                                            "sharedStrings\" Target=\"cadenas.xml\"/></Relationships>"},
          {"xl/cadenas.xml", bomba},
-         {"xl/h.xml", "<worksheet><dimension ref=\"A1:XFD1048576\"/><sheetData>"
-                      "<row r=\"1\"><c r=\"A1\" t=\"s\"><v>0</v></c><c r=\"XFD1\" t=\"s\"><v>1</v></c></row>"
-                      "<row r=\"3\"><c r=\"B3\"><v>7</v></c></row>"
-                      "</sheetData></worksheet>"}});
+         {"xl/h.xml",
+          "<worksheet><dimension ref=\"A1:XFD1048576\"/><sheetData>"
+          "<row r=\"1\"><c r=\"A1\" t=\"s\"><v>0</v></c><c r=\"XFD1\" t=\"s\"><v>1</v></c></row>"
+          "<row r=\"3\"><c r=\"B3\"><v>7</v></c></row>"
+          "</sheetData></worksheet>"}});
     FuenteLibro f(ruta, {"", "", false});
     Fila fila;
     ASSERT_TRUE(f.siguiente(fila));
@@ -490,10 +516,17 @@ TEST(FuenteLibro, NumerosComoSuTextoExacto) {
         const char* guardado;
         const char* texto;
     } casos[] = {
-        {"0.1", "0.1"},           {"1234567.89", "1234567.89"}, {"-5", "-5"},
-        {"5.0", "5"},             {"1E-07", "0.0000001"},       {"1.5E+3", "1500"},
-        {"-0", "0"},              {"1010001", "1010001"},       {"0.30000000000000004", "0.3"},
-        {"1234567.8899999999", "1234567.89"}, {"99999999999999999", "100000000000000000"},
+        {"0.1", "0.1"},
+        {"1234567.89", "1234567.89"},
+        {"-5", "-5"},
+        {"5.0", "5"},
+        {"1E-07", "0.0000001"},
+        {"1.5E+3", "1500"},
+        {"-0", "0"},
+        {"1010001", "1010001"},
+        {"0.30000000000000004", "0.3"},
+        {"1234567.8899999999", "1234567.89"},
+        {"99999999999999999", "100000000000000000"},
         {"123456789012345", "123456789012345"},
     };
     for (const auto& caso : casos) EXPECT_EQ(libro::DecimalExacto(caso.guardado), caso.texto) << caso.guardado;
@@ -505,8 +538,8 @@ TEST(FuenteLibro, NumerosComoSuTextoExacto) {
     // Which custom formats show a date.
     for (const char* f : {"dd/mm/yyyy", "[$-80A]dddd, d \"de\" mmmm", "h:mm AM/PM", "[h]:mm:ss", "yy"})
         EXPECT_TRUE(libro::EsFormatoFecha(f)) << f;
-    for (const char* f : {"General", "#,##0.00", "[Red]0.00", "\"Días:\" 0", "0.00E+00", "0.00_);(0.00)",
-                          "\\d0", "[$MXN]#,##0"})
+    for (const char* f :
+         {"General", "#,##0.00", "[Red]0.00", "\"Días:\" 0", "0.00E+00", "0.00_);(0.00)", "\\d0", "[$MXN]#,##0"})
         EXPECT_FALSE(libro::EsFormatoFecha(f)) << f;
 
     // Serial days, the time of day rounded to the second.

@@ -1,5 +1,6 @@
 #include "platform/fuentes/DocumentoCompuesto.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace velmorant {
@@ -172,6 +173,74 @@ std::string DocumentoCompuesto::lee(std::string_view nombre, size_t limite) cons
         if (r.size() == e->tamanio) break;
     }
     return r;
+}
+
+std::string DocumentoCompuesto::ConUnFlujo(std::string_view nombre, std::string_view flujo) {
+    constexpr uint32_t kSector = 512, kPorSector = kSector / 4, kFat = 0xFFFFFFFD, kDifat = 0xFFFFFFFC;
+    std::string contenido(flujo);
+    if (contenido.size() < 4096) contenido.resize(4096, '\0');
+    const uint32_t deFlujo = static_cast<uint32_t>((contenido.size() + kSector - 1) / kSector);
+    // Tables, their extension beyond the header's 109 and the directory
+    // come first; their count depends on the total, so settle it.
+    uint32_t fat = 1, difat = 0;
+    for (;;) {
+        uint32_t total = fat + difat + 1 + deFlujo;
+        uint32_t f = (total + kPorSector - 1) / kPorSector;
+        uint32_t x = f > 109 ? (f - 109 + kPorSector - 2) / (kPorSector - 1) : 0;
+        if (f == fat && x == difat) break;
+        fat = f, difat = x;
+    }
+    const uint32_t directorio = fat + difat, primeroFlujo = directorio + 1, total = primeroFlujo + deFlujo;
+
+    std::string d(static_cast<size_t>(total + 1) * kSector, '\0');
+    auto u16 = [&](size_t p, uint16_t v) {
+        d[p] = static_cast<char>(v & 0xFF);
+        d[p + 1] = static_cast<char>(v >> 8);
+    };
+    auto u32 = [&](size_t p, uint32_t v) {
+        u16(p, static_cast<uint16_t>(v & 0xFFFF));
+        u16(p + 2, static_cast<uint16_t>(v >> 16));
+    };
+    auto en = [&](uint32_t sector) { return static_cast<size_t>(sector + 1) * kSector; };
+
+    std::memcpy(d.data(), kFirma, 8);
+    u16(0x18, 0x3E), u16(0x1A, 3), u16(0x1C, 0xFFFE), u16(0x1E, 9), u16(0x20, 6);
+    u32(0x2C, fat), u32(0x30, directorio), u32(0x38, 4096), u32(0x3C, kFinCadena), u32(0x40, 0);
+    u32(0x44, difat ? fat : kFinCadena), u32(0x48, difat);
+    for (uint32_t i = 0; i < 109; ++i) u32(0x4C + 4 * i, i < fat ? i : kLibre);
+    for (uint32_t k = 0; k < difat; ++k) {  // the table sectors beyond 109, 127 to a sector and a link
+        size_t p = en(fat + k);
+        for (uint32_t i = 0; i < kPorSector - 1; ++i) {
+            uint32_t n = 109 + k * (kPorSector - 1) + i;
+            u32(p + 4 * i, n < fat ? n : kLibre);
+        }
+        u32(p + kSector - 4, k + 1 < difat ? fat + k + 1 : kFinCadena);
+    }
+    auto entrada = [&](uint32_t sector, uint32_t valor) {
+        u32(en(sector / kPorSector) + 4 * (sector % kPorSector), valor);
+    };
+    for (uint32_t i = 0; i < fat * kPorSector; ++i) entrada(i, kLibre);
+    for (uint32_t i = 0; i < fat; ++i) entrada(i, kFat);
+    for (uint32_t i = 0; i < difat; ++i) entrada(fat + i, kDifat);
+    entrada(directorio, kFinCadena);
+    for (uint32_t i = 0; i < deFlujo; ++i)
+        entrada(primeroFlujo + i, i + 1 < deFlujo ? primeroFlujo + i + 1 : kFinCadena);
+
+    auto nombra = [&](size_t p, std::string_view n, int tipo, uint32_t inicio, uint32_t tamanio, uint32_t hijo) {
+        for (size_t i = 0; i < n.size() && i < 31; ++i) u16(p + 2 * i, static_cast<unsigned char>(n[i]));
+        u16(p + 0x40, static_cast<uint16_t>(2 * (std::min<size_t>(n.size(), 31) + 1)));
+        d[p + 0x42] = static_cast<char>(tipo);
+        d[p + 0x43] = 1;  // black
+        u32(p + 0x44, kLibre), u32(p + 0x48, kLibre), u32(p + 0x4C, hijo);
+        u32(p + 0x74, inicio), u32(p + 0x78, tamanio);
+    };
+    size_t dir = en(directorio);
+    nombra(dir, "Root Entry", 5, kFinCadena, 0, 1);
+    nombra(dir + 128, nombre, 2, primeroFlujo, static_cast<uint32_t>(contenido.size()), kLibre);
+    for (size_t p = dir + 256; p < dir + kSector; p += 128)
+        u32(p + 0x44, kLibre), u32(p + 0x48, kLibre), u32(p + 0x4C, kLibre);
+    std::memcpy(d.data() + en(primeroFlujo), contenido.data(), contenido.size());
+    return d;
 }
 
 }  // namespace velmorant

@@ -24,6 +24,11 @@ public:
     /// True when `inicio` (the first bytes of a file) carries the signature.
     static bool EsDocumentoCompuesto(std::string_view inicio);
 
+    /// A new container, in the plainest form, holding one stream: 512-byte
+    /// sectors, the stream (padded to 4096 bytes, so that it needs no small
+    /// sectors) in one run of sectors after the tables and the directory.
+    static std::string ConUnFlujo(std::string_view nombre, std::string_view flujo);
+
     /// Reads the container's structure from the whole file in `datos`,
     /// which must outlive this object. Throws ErrorDocumentoCompuesto.
     explicit DocumentoCompuesto(std::string_view datos);
@@ -45,7 +50,7 @@ private:
 
     std::string_view datos_;
     uint32_t tamSector_ = 512;
-    uint32_t sectores_ = 0;    // whole sectors present after the header
+    uint32_t sectores_ = 0;  // whole sectors present after the header
     uint32_t corteMini_ = 4096;
     std::vector<uint32_t> fat_, miniFat_;
     std::vector<Entrada> entradas_;

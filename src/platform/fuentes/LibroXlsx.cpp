@@ -20,12 +20,12 @@ namespace velmorant::libro {
 
 namespace {
 
-constexpr zip_uint64_t kMaxParteEntera = 32u << 20;     // workbook, relationships, styles
-constexpr zip_uint64_t kMaxCadenas = 512u << 20;        // the shared strings part, streamed
-constexpr size_t kMaxTextoCadenas = 256u << 20;         // their text, held in memory
+constexpr zip_uint64_t kMaxParteEntera = 32u << 20;  // workbook, relationships, styles
+constexpr zip_uint64_t kMaxCadenas = 512u << 20;     // the shared strings part, streamed
+constexpr size_t kMaxTextoCadenas = 256u << 20;      // their text, held in memory
 constexpr size_t kMaxNumeroCadenas = 16u << 20;
-constexpr zip_uint64_t kMaxHoja = 4ull << 30;           // a sheet part, streamed
-constexpr size_t kMaxElemento = 32u << 20;              // one row, one shared string
+constexpr zip_uint64_t kMaxHoja = 4ull << 30;  // a sheet part, streamed
+constexpr size_t kMaxElemento = 32u << 20;     // one row, one shared string
 constexpr size_t kBloque = 1u << 16;
 
 const char kDanado[] = "el archivo está dañado o incompleto";
@@ -182,7 +182,9 @@ private:
 class DivisorXml {
 public:
     DivisorXml(std::unique_ptr<EntradaZip> entrada, std::string contenedor, std::string elemento)
-        : entrada_(std::move(entrada)), contenedor_(std::move(contenedor)), elemento_(std::move(elemento)),
+        : entrada_(std::move(entrada)),
+          contenedor_(std::move(contenedor)),
+          elemento_(std::move(elemento)),
           dentro_(contenedor_.empty()) {}
 
     /// The next element's text; false at the end. The text stays valid
@@ -581,8 +583,10 @@ bool LectorHojaXlsx::siguiente(FilaHoja& fila) {
                              [](const CeldaHoja& a, const CeldaHoja& b) { return a.columna < b.columna; });
             std::vector<CeldaHoja> unicas;
             for (auto& c : fila.celdas) {
-                if (!unicas.empty() && unicas.back().columna == c.columna) unicas.back() = std::move(c);
-                else unicas.push_back(std::move(c));
+                if (!unicas.empty() && unicas.back().columna == c.columna)
+                    unicas.back() = std::move(c);
+                else
+                    unicas.push_back(std::move(c));
             }
             fila.celdas = std::move(unicas);
         }
