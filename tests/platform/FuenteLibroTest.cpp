@@ -7,8 +7,10 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <sstream>
 
 #include "platform/ErrorLectura.h"
+#include "platform/fuentes/DocumentoCompuesto.h"
 #include "platform/fuentes/FuenteLibro.h"
 #include "platform/fuentes/LibroInterno.h"
 #include "support/Entorno.h"
@@ -425,7 +427,8 @@ TEST(FuenteLibro, ArchivosQueNoSeLeen) {
         // claims 65287 wide characters in a record of a few bytes; a sheet's
         // dimensions (0x200) smaller than its cells.
         {"xls con un texto más largo que su registro",
-         EscribeBytes(c, "formato.xls", Parchea(bytesXls, "\x1E\x04", 6, "\x07\xFF\xFF")), "dañado o incompleto (registro ilegible en la posición"},
+         EscribeBytes(c, "formato.xls", Parchea(bytesXls, "\x1E\x04", 6, "\x07\xFF\xFF")),
+         "dañado o incompleto (registro ilegible en la posición"},
         {"xls con celdas fuera de su dimensión",
          EscribeBytes(c, "dimension.xls",
                       Parchea(bytesXls, std::string("\x00\x02\x0E\x00", 4), 8, std::string("\x01\x00\x00\x00", 4))),
@@ -548,4 +551,23 @@ TEST(FuenteLibro, NumerosComoSuTextoExacto) {
     EXPECT_EQ(libro::FechaDeSerial(0, true)->comoTexto(), "01/01/1904");
     EXPECT_FALSE(libro::FechaDeSerial(-1, false).has_value());
     EXPECT_FALSE(libro::FechaDeSerial(3e6, false).has_value());
+}
+
+// The container FreeXL reads is of our own writing: a stream as large as
+// needs the table's extension beyond the header (over 7 MB), and one
+// smaller than a sector run, read back whole.
+TEST(FuenteLibro, DocumentoCompuestoDeUnFlujo) {
+    for (size_t tamanio : {size_t{100}, size_t{9} << 20}) {
+        std::string flujo(tamanio, '\0');
+        for (size_t i = 0; i < tamanio; ++i) flujo[i] = static_cast<char>((i * 7919) >> 3);
+        std::ostringstream salida;
+        DocumentoCompuesto::EscribeConUnFlujo(salida, "Workbook", flujo);
+        std::string archivo = salida.str();
+        DocumentoCompuesto doc(archivo);
+        ASSERT_TRUE(doc.tiene("workbook")) << tamanio;
+        std::string leido = doc.lee("Workbook", archivo.size());
+        EXPECT_EQ(leido.size(), std::max<size_t>(tamanio, 4096)) << tamanio;
+        EXPECT_EQ(leido.substr(0, tamanio), flujo) << tamanio;
+        EXPECT_EQ(leido.find_first_not_of('\0', tamanio), std::string::npos) << tamanio;  // padded with zeros
+    }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <ostream>
 
 namespace velmorant {
 
@@ -175,11 +176,10 @@ std::string DocumentoCompuesto::lee(std::string_view nombre, size_t limite) cons
     return r;
 }
 
-std::string DocumentoCompuesto::ConUnFlujo(std::string_view nombre, std::string_view flujo) {
+void DocumentoCompuesto::EscribeConUnFlujo(std::ostream& salida, std::string_view nombre, std::string_view flujo) {
     constexpr uint32_t kSector = 512, kPorSector = kSector / 4, kFat = 0xFFFFFFFD, kDifat = 0xFFFFFFFC;
-    std::string contenido(flujo);
-    if (contenido.size() < 4096) contenido.resize(4096, '\0');
-    const uint32_t deFlujo = static_cast<uint32_t>((contenido.size() + kSector - 1) / kSector);
+    const size_t largo = std::max<size_t>(flujo.size(), 4096);
+    const uint32_t deFlujo = static_cast<uint32_t>((largo + kSector - 1) / kSector);
     // Tables, their extension beyond the header's 109 and the directory
     // come first; their count depends on the total, so settle it.
     uint32_t fat = 1, difat = 0;
@@ -190,9 +190,10 @@ std::string DocumentoCompuesto::ConUnFlujo(std::string_view nombre, std::string_
         if (f == fat && x == difat) break;
         fat = f, difat = x;
     }
-    const uint32_t directorio = fat + difat, primeroFlujo = directorio + 1, total = primeroFlujo + deFlujo;
+    const uint32_t directorio = fat + difat, primeroFlujo = directorio + 1;
 
-    std::string d(static_cast<size_t>(total + 1) * kSector, '\0');
+    // The header and the sectors before the stream; the stream follows.
+    std::string d(static_cast<size_t>(primeroFlujo + 1) * kSector, '\0');
     auto u16 = [&](size_t p, uint16_t v) {
         d[p] = static_cast<char>(v & 0xFF);
         d[p + 1] = static_cast<char>(v >> 8);
@@ -236,11 +237,13 @@ std::string DocumentoCompuesto::ConUnFlujo(std::string_view nombre, std::string_
     };
     size_t dir = en(directorio);
     nombra(dir, "Root Entry", 5, kFinCadena, 0, 1);
-    nombra(dir + 128, nombre, 2, primeroFlujo, static_cast<uint32_t>(contenido.size()), kLibre);
+    nombra(dir + 128, nombre, 2, primeroFlujo, static_cast<uint32_t>(largo), kLibre);
     for (size_t p = dir + 256; p < dir + kSector; p += 128)
         u32(p + 0x44, kLibre), u32(p + 0x48, kLibre), u32(p + 0x4C, kLibre);
-    std::memcpy(d.data() + en(primeroFlujo), contenido.data(), contenido.size());
-    return d;
+    salida.write(d.data(), static_cast<std::streamsize>(d.size()));
+    salida.write(flujo.data(), static_cast<std::streamsize>(flujo.size()));
+    std::string relleno(static_cast<size_t>(deFlujo) * kSector - flujo.size(), '\0');
+    salida.write(relleno.data(), static_cast<std::streamsize>(relleno.size()));
 }
 
 }  // namespace velmorant

@@ -6,6 +6,7 @@
 // damaged or hostile file gives an error, never a read out of bounds or an
 // endless chain.
 
+#include <iosfwd>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -27,7 +28,7 @@ public:
     /// A new container, in the plainest form, holding one stream: 512-byte
     /// sectors, the stream (padded to 4096 bytes, so that it needs no small
     /// sectors) in one run of sectors after the tables and the directory.
-    static std::string ConUnFlujo(std::string_view nombre, std::string_view flujo);
+    static void EscribeConUnFlujo(std::ostream& salida, std::string_view nombre, std::string_view flujo);
 
     /// Reads the container's structure from the whole file in `datos`,
     /// which must outlive this object. Throws ErrorDocumentoCompuesto.

@@ -511,6 +511,7 @@ public:
             } catch (const ErrorDocumentoCompuesto& e) {
                 FallaLibro(ruta, std::string(kDanado) + " (" + e.what() + ")");
             }
+            std::string().swap(datos);  // only the stream from here on
             try {
                 censo = CensaLibro(flujo);
             } catch (const ErrorCenso& e) {
@@ -525,7 +526,7 @@ public:
                            "declara más celdas de las que se pueden leer de un libro .xls; guárdelo como libro "
                            ".xlsx y vuelva a intentarlo");
             std::ofstream copia(copia_.ruta(), std::ios::binary);
-            copia << DocumentoCompuesto::ConUnFlujo(nombre, flujo);
+            DocumentoCompuesto::EscribeConUnFlujo(copia, nombre, flujo);
             if (!copia.flush()) FallaLibro(ruta, "no se pudo escribir su copia de trabajo en " + copia_.ruta());
         }
 
