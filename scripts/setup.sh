@@ -26,6 +26,10 @@ PACKAGES=(
   python3-dbf               # tests write dBase, FoxPro and Visual FoxPro tables with it (/usr/bin/python3 only)
   libtomlplusplus-dev       # descriptions of printed reports (TOML), with the line of each value for messages
   libzip-dev                # zip archives a client delivers in place of its files (extracted before reading)
+  libpugixml-dev            # the XML parts of an .xlsx
+  libfreexl-dev             # .xls workbooks
+  libxlsxwriter-dev         # tests write their .xlsx fixtures with it
+  python3-xlwt              # tests write their .xls fixtures with it (run by /usr/bin/python3)
 )
 
 missing=()
