@@ -15,9 +15,13 @@
 #include <QTabWidget>
 #include <QTableView>
 
+#include "layouts/DeteccionFormato.h"
 #include "layouts/ParametrosConfiguracion.h"
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
 #include "session/Sesion.h"
+
+#include <optional>
+#include <vector>
 
 namespace velmorant::app {
 
@@ -108,6 +112,12 @@ public:
 
     QPushButton* cmdAceptar;
     QPushButton* cmdCancelar;
+    /// What the file of the tab in hand looks like (delimiter, titles,
+    /// dates, encoding), as suggestions; `cmdSugerir` applies those this
+    /// form holds (the title row, the column of the dates) when pressed,
+    /// never by itself.
+    QLabel* lblSugerencias;
+    QPushButton* cmdSugerir;
 
     /// The boxes as the store's logic reads them.
     CajasParametros LeeCajas() const;
@@ -125,6 +135,11 @@ private:
     EntradaParametros entrada_;
     FormularioConfiguracion f_;
     bool actualizando_ = false;
+    std::vector<std::optional<DeteccionTexto>> detecciones_;  // by tab: the file's findings
+
+    void DetectaArchivos();
+    void MuestraSugerencias();
+    void cmdSugerir_Click();
 
     QWidget* construyeCatalogo();
     QWidget* construyePolizas();
