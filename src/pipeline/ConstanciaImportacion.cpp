@@ -117,13 +117,16 @@ Reporte ConstanciaImportacion(const RegistroHistorial& r, const Fecha& impFecha)
     if (r.deshechaPor) h += Dato("Deshecha por", "la operación " + std::to_string(*r.deshechaPor));
     h += "</table>\n";
 
+    // The hash on a line of its own under each file, whole, so that it
+    // reads and copies as one word.
     h += "<h3>Archivos</h3>\n<table width=\"100%\" border=\"1\" cellspacing=\"0\" cellpadding=\"3\">\n"
-         "<thead><tr><th>Papel</th><th>Archivo</th><th>Bytes</th><th>SHA-256</th></tr></thead>\n";
+         "<thead><tr><th>Papel</th><th>Archivo y huella SHA-256</th><th>Bytes</th></tr></thead>\n";
     for (const auto& a : r.archivos)
-        h += "<tr><td>" + Escapa(a.papel) + "</td><td>" + Escapa(a.ruta) + "</td><td align=\"right\">" +
-             (a.tamano ? ConMiles(static_cast<std::uint64_t>(*a.tamano)) : "no existe") + "</td><td class=\"huella\">" +
-             Escapa(a.sha256) + "</td></tr>\n";
-    if (r.archivos.empty()) h += "<tr><td colspan=\"4\">Sin archivos</td></tr>\n";
+        h += "<tr><td rowspan=\"2\">" + Escapa(a.papel) + "</td><td>" + Escapa(a.ruta) + "</td><td align=\"right\">" +
+             (a.tamano ? ConMiles(static_cast<std::uint64_t>(*a.tamano)) : "no existe") +
+             "</td></tr>\n<tr><td colspan=\"2\" class=\"huella\">" + (a.sha256.empty() ? "—" : Escapa(a.sha256)) +
+             "</td></tr>\n";
+    if (r.archivos.empty()) h += "<tr><td colspan=\"3\">Sin archivos</td></tr>\n";
     h += "</table>\n";
 
     if (r.operacion != kOperacionDeshacer) {
