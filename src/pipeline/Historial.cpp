@@ -259,6 +259,9 @@ void HistorialCorrida::cuentaAlmacenes() {
 
 void HistorialCorrida::leido() {
     cuentaAlmacenes();
+    // The files as they were read, hashed before the commit holds its locks.
+    leido_.archivos = ArchivosDeCorrida(archivos_);
+    archivosDescritos_ = true;
     for (const auto& [clase, n] : InconsistenciasPorClase(s_))
         if (n > 0) hayInconsistencias_ = true;
 }
@@ -302,7 +305,7 @@ void HistorialCorrida::escribe(const std::string& resultado, const std::string& 
     r.duracionMs =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - inicio_).count();
     if (!rutaRespaldo_.empty() && ExisteArchivo(rutaRespaldo_)) r.respaldo = NombreDeArchivo(rutaRespaldo_);
-    r.archivos = ArchivosDeCorrida(archivos_);
+    if (!archivosDescritos_) r.archivos = ArchivosDeCorrida(archivos_);
     EscribeRegistroHistorial(db, r);
 }
 

@@ -107,7 +107,8 @@ public:
 
     // Hooks of the run engine.
     /// End of the reading: counts and control totals of the run's stores,
-    /// and whether the log has rows for the user to decide on.
+    /// the files' sizes and hashes, and whether the log has rows for the
+    /// user to decide on.
     void leido();
     /// Before the run reads anything (phase A already registers voucher
     /// types in the company): the copy of the company database beside it,
@@ -131,7 +132,7 @@ private:
     std::chrono::steady_clock::time_point inicio_;
     std::string fechaHora_;
     long numero_ = 0;
-    bool contado_ = false, hayInconsistencias_ = false, escrita_ = false;
+    bool contado_ = false, hayInconsistencias_ = false, escrita_ = false, archivosDescritos_ = false;
     RegistroHistorial leido_;
     std::string rutaRespaldo_;
     std::string detalleFalla_;

@@ -178,3 +178,23 @@ TEST_F(Historial, UnaConfirmacionQueFallaQuedaComoFallidaSinCopia) {
     EXPECT_EQ(RespaldosDeEmpresa(s).size(), 1u);
     EXPECT_EQ(ImportacionPorDeshacer(*s.DbEmpresa)->id, 1);
 }
+
+TEST_F(Historial, LosSaldosDelAnioAnteriorQuedanComoSuOperacion) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    escribe("anterior.txt", "Cuenta|Descripcion|Saldo\n100-01-01|Banco uno|750.25\n400-01-01|Mostrador|-750.25\n");
+    LecturaDelimitada l = importador().lectura();
+    l.config.PIniCtaSdoAnt = 1, l.config.PIniDescSdoAnt = 2, l.config.PIniSdoFinAnt = 3;
+    ImportadorTextoDelimitado imp(l, false);
+    inicia();
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(EjecutaSaldosAnioAnterior(s, imp, dir.texto() + "anterior.txt"), ResultadoImportacion::Terminada);
+    auto r = *LeeRegistroHistorial(*s.DbEmpresa, 2);
+    EXPECT_EQ(r.operacion, kOperacionSaldosAnioAnterior);
+    EXPECT_EQ(r.resultado, kResultadoConfirmada);
+    EXPECT_EQ(r.saldosAnioAnterior, std::optional<std::int64_t>(2));
+    EXPECT_FALSE(r.polizas.has_value());
+    ASSERT_EQ(r.archivos.size(), 1u);
+    EXPECT_EQ(r.archivos[0].papel, "saldos-anterior");
+    EXPECT_EQ(r.archivos[0].sha256, Sha256Sum(dir.texto() + "anterior.txt"));
+    EXPECT_EQ(ImportacionPorDeshacer(*s.DbEmpresa)->id, 2) << "a prior-year run is undone like an import";
+}
