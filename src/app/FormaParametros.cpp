@@ -90,7 +90,7 @@ FormaParametros::FormaParametros(Sesion& sesion, FormularioParametros tipo, cons
     cmdCancelar->setAutoDefault(false);
 }
 
-void FormaParametros::Arma() {
+void FormaParametros::Arma(QLayout* antesDeBotones) {
     auto* etiquetaLista = new QLabel("C&onfiguración:", this);
     etiquetaLista->setBuddy(cboConfiguraciones);
     auto* lista = new QHBoxLayout;
@@ -103,6 +103,7 @@ void FormaParametros::Arma() {
     auto* principal = new QVBoxLayout(this);
     principal->addLayout(lista);
     principal->addWidget(tboConfigArchivos, 1);
+    if (antesDeBotones) principal->addLayout(antesDeBotones);
     principal->addLayout(botones);
 
     MuestraLista();

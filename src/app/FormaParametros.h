@@ -74,7 +74,7 @@ protected:
     /// Lays the form out around its tabs (already in `tboConfigArchivos`),
     /// shows the layout and connects the list and the buttons. The form's
     /// constructor calls it last.
-    void Arma();
+    void Arma(QLayout* antesDeBotones = nullptr);
 
     /// Shows the boxes as `c` holds them.
     virtual void MuestraCajas(const CajasParametros& c) = 0;

@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include "app/InteraccionQt.h"
+#include "app/frm000HistorialImportaciones.h"
 #include "app/RegistroFormularios.h"
 #include "pipeline/Importacion.h"
 #include "platform/ErrorLectura.h"
@@ -124,7 +125,11 @@ MarcoImportador::MarcoImportador(Sesion& sesion, DescripcionMarco descripcion, Q
     cmdCancelar = new QPushButton("&Cancelar", this);
     cmdCancelar->setObjectName("cmdCancelar");
     cmdCancelar->setAutoDefault(false);
+    cmdHistorial = new QPushButton("&Historial...", this);
+    cmdHistorial->setObjectName("cmdHistorial");
+    cmdHistorial->setAutoDefault(false);
     auto* botones = new QHBoxLayout;
+    botones->addWidget(cmdHistorial);
     botones->addStretch();
     botones->addWidget(cmdImportar);
     botones->addWidget(cmdCancelar);
@@ -137,6 +142,9 @@ MarcoImportador::MarcoImportador(Sesion& sesion, DescripcionMarco descripcion, Q
 
     connect(cmdImportar, &QPushButton::clicked, this, [this] { Protege([this] { cmdImportar_Click(); }); });
     connect(cmdCancelar, &QPushButton::clicked, this, &MarcoImportador::reject);
+    connect(cmdHistorial, &QPushButton::clicked, this, [this] {
+        Protege([this] { frm000HistorialImportaciones(sesion_, this).exec(); });
+    });
     resize(sizeHint());
     CentraEnPantalla(this);
 }
@@ -253,6 +261,7 @@ void MarcoImportador::AlternaFormulario(bool soloForma) {
     }
     Invierte(contenido_);
     trabajando_ = !contenido_->isEnabled();
+    cmdHistorial->setEnabled(!trabajando_);
     if (trabajando_) QGuiApplication::setOverrideCursor(Qt::BusyCursor);
     else QGuiApplication::restoreOverrideCursor();
 }

@@ -67,6 +67,8 @@ public:
 
     QPushButton* cmdImportar;
     QPushButton* cmdCancelar;
+    /// Opens the company's import history (and its undo); off while a run works.
+    QPushButton* cmdHistorial;
     QLabel* lblPbar;
     QProgressBar* pbar;
     /// Null when the form has no prior-year tab.

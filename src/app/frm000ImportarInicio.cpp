@@ -151,7 +151,12 @@ void frm000ImportarInicio::cmdContinuar_Click() {
     } catch (const std::exception& e) {
         ReportaError(sesion_, e, true);
     }
-    if (importadaAntes) MsgInformacion(sesion_, "Antes de continuar, le recomendamos realizar un respaldo de su Empresa.");
+    if (importadaAntes)
+        MsgInformacion(sesion_,
+                       "Antes de continuar, le recomendamos realizar un respaldo de su Empresa.\r\n\r\n"
+                       "Además, VELMORANT guarda una copia de la empresa al iniciar cada importación: la última "
+                       "importación confirmada se puede deshacer desde el botón Historial del importador o con "
+                       "'velmorant-cli deshacer'.");
     DespachaEnlace();
 }
 

@@ -50,6 +50,7 @@ frm000VisorReporte::frm000VisorReporte(const Reporte& reporte, Interaccion& inte
     cmdImprimir = Boton(this, "cmdImprimir", "&Imprimir...");
     cmdGuardarPdf = Boton(this, "cmdGuardarPdf", "Guardar como &PDF...");
     cmdGuardarCsv = Boton(this, "cmdGuardarCsv", "Guardar como C&SV...");
+    cmdGuardarCsv->setVisible(!reporte_.columnas.empty());  // a report without rows (a constancia) has no CSV
     cmdCerrar = Boton(this, "cmdCerrar", "C&errar");
     cmdCerrar->setDefault(true);
     auto* botones = new QHBoxLayout;

@@ -34,7 +34,24 @@ frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, con
     else if (pestana == PestanaSaldos::SaldosIniciales)
         tboConfigArchivos->addTab(construyeSaldos("Saldos Iniciales"), "Saldos Iniciales");
     if (pestana == PestanaSaldos::SaldosFinalesAnioAnterior) tboConfigArchivos->setCurrentIndex(2);
-    Arma();
+    lblSugerencias = new QLabel(this);
+    lblSugerencias->setObjectName("lblSugerencias");
+    lblSugerencias->setWordWrap(true);
+    lblSugerencias->setTextFormat(Qt::PlainText);
+    lblSugerencias->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    lblSugerencias->setMinimumHeight(lblSugerencias->fontMetrics().lineSpacing() * 3 + 4);
+    cmdSugerir = new QPushButton("&Sugerir", this);
+    cmdSugerir->setObjectName("cmdSugerir");
+    cmdSugerir->setAutoDefault(false);
+    cmdSugerir->setToolTip("Marca la fila de títulos y la columna de la fecha como parecen en el archivo");
+    auto* sugerencias = new QHBoxLayout;
+    sugerencias->addWidget(lblSugerencias, 1);
+    sugerencias->addWidget(cmdSugerir, 0, Qt::AlignTop);
+    Arma(sugerencias);
+    DetectaArchivos();
+    MuestraSugerencias();
+    connect(tboConfigArchivos, &QTabWidget::currentChanged, this, [this] { MuestraSugerencias(); });
+    connect(cmdSugerir, &QPushButton::clicked, this, &frm083ParametrosTextoGenerico::cmdSugerir_Click);
 }
 
 QTableView* frm083ParametrosTextoGenerico::construyeVista(QWidget* padre, const char* nombre, const std::string& ruta) {
@@ -308,6 +325,72 @@ QWidget* frm083ParametrosTextoGenerico::CajaDe(const std::string& miembro) const
     for (const auto& [nombre, caja] : cajas)
         if (miembro == nombre) return caja;
     return nullptr;
+}
+
+// ------------------------------------------------------------ Suggestions
+
+void frm083ParametrosTextoGenerico::DetectaArchivos() {
+    const std::string& saldos = entrada_.anioAnterior ? entrada_.saldosAnioAnterior : entrada_.saldosIniciales;
+    const std::string rutas[] = {entrada_.catalogo, entrada_.polizas, saldos};
+    for (int i = 0; i < tboConfigArchivos->count() && i < 3; ++i) {
+        std::optional<DeteccionTexto> d;
+        if (!rutas[i].empty() && ExisteArchivo(rutas[i])) {
+            try {
+                d = DetectaFormatoTexto(rutas[i], 200);
+            } catch (const std::exception&) {
+                // An unreadable file has no suggestions; its preview says the rest.
+            }
+        }
+        detecciones_.push_back(std::move(d));
+    }
+}
+
+void frm083ParametrosTextoGenerico::MuestraSugerencias() {
+    const int pestana = tboConfigArchivos->currentIndex();
+    const std::optional<DeteccionTexto>* d =
+        pestana >= 0 && pestana < static_cast<int>(detecciones_.size()) ? &detecciones_[static_cast<size_t>(pestana)]
+                                                                        : nullptr;
+    if (!d || !d->has_value()) {
+        lblSugerencias->setText("Sin sugerencias: no hay archivo que examinar en esta pestaña.");
+        cmdSugerir->setEnabled(false);
+        return;
+    }
+    const DeteccionTexto& x = **d;
+    auto certeza = [](const Hallazgo& h) { return std::string(" (") + TextoCerteza(h.certeza) + ")"; };
+    std::string t = "Sugerencias para " + NombreDeArchivo(x.ruta) + ": ";
+    if (x.separador.empty())
+        t += "no se encontró separador";
+    else
+        t += "separador " + NombreSeparador(x.separador) + certeza(x.sobreSeparador);
+    t += std::string("; fila de títulos: ") + (x.titulos ? "sí" : "no") + certeza(x.sobreTitulos);
+    if (x.fechas != OrdenFecha::SinFechas)
+        t += "; fechas " + TextoOrdenFecha(x.fechas) +
+             (x.columnaFecha ? " en la columna " + std::to_string(x.columnaFecha) : "") + certeza(x.sobreFechas);
+    t += ".";
+    if (!x.separador.empty() && x.sobreSeparador.certeza >= Certeza::Media && x.separador != entrada_.separador)
+        t += "\nEl archivo parece separado por " + NombreSeparador(x.separador) + ", no por " +
+             NombreSeparador(entrada_.separador) + ".";
+    if (x.fechas == OrdenFecha::MesPrimero)
+        t += "\nLas fechas parecen tener el mes primero; el importador las lee con el día primero.";
+    else if (x.fechas == OrdenFecha::Ambiguo)
+        t += "\nNingún día pasa de 12: revise si las fechas van con el día o con el mes primero.";
+    lblSugerencias->setText(QString::fromStdString(t));
+    cmdSugerir->setEnabled(x.sobreTitulos.certeza >= Certeza::Media ||
+                           (pestana == 1 && x.columnaFecha > 0 && x.fechas != OrdenFecha::Contradictorio));
+}
+
+void frm083ParametrosTextoGenerico::cmdSugerir_Click() {
+    const int pestana = tboConfigArchivos->currentIndex();
+    if (pestana < 0 || pestana >= static_cast<int>(detecciones_.size()) ||
+        !detecciones_[static_cast<size_t>(pestana)])
+        return;
+    const DeteccionTexto& x = *detecciones_[static_cast<size_t>(pestana)];
+    if (x.sobreTitulos.certeza >= Certeza::Media) chkTitulosCtas->setChecked(x.titulos);
+    if (pestana == 1 && x.columnaFecha > 0 && x.fechas != OrdenFecha::Contradictorio) {
+        optFechaCompleta->setChecked(true);
+        txtColFechaCompleta->setText(QString::number(x.columnaFecha));
+    }
+    ActualizaEstado();
 }
 
 }  // namespace velmorant::app

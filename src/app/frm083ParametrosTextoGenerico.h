@@ -11,7 +11,11 @@
 #include <QTableView>
 
 #include "app/FormaParametros.h"
+#include "layouts/DeteccionFormato.h"
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
+
+#include <optional>
+#include <vector>
 
 namespace velmorant::app {
 
@@ -79,6 +83,13 @@ public:
     QLineEdit* txtColDescripcion = nullptr;
     QLineEdit* txtColSaldo = nullptr;
 
+    /// What the file of the tab in hand looks like (delimiter, titles,
+    /// dates, encoding), as suggestions; `cmdSugerir` applies those this
+    /// form holds (the title row, the column of the dates) when pressed,
+    /// never by itself.
+    QLabel* lblSugerencias;
+    QPushButton* cmdSugerir;
+
     CajasParametros LeeCajas() const override;
     QWidget* CajaDe(const std::string& miembro) const override;
 
@@ -88,6 +99,11 @@ protected:
 
 private:
     EntradaParametros entrada_;
+    std::vector<std::optional<DeteccionTexto>> detecciones_;  // by tab: the file's findings
+
+    void DetectaArchivos();
+    void MuestraSugerencias();
+    void cmdSugerir_Click();
 
     QWidget* construyeCatalogo();
     QWidget* construyePolizas();

@@ -7,6 +7,7 @@
 #include "pipeline/Balanza.h"
 #include "pipeline/Catalogo.h"
 #include "pipeline/Comparacion.h"
+#include "pipeline/Historial.h"
 #include "pipeline/MesesPolizas.h"
 #include "pipeline/Polizas.h"
 #include "pipeline/ReportesDecisiones.h"
@@ -40,7 +41,8 @@ void SeparaEmpresas(BaseDatos& db) {
 // that a failure can say where it happened.
 class Corrida {
 public:
-    Corrida(Sesion& s, Importador& imp, const OpcionesEjecucion& op) : s_(s), imp_(imp), op_(op) {
+    Corrida(Sesion& s, Importador& imp, const OpcionesEjecucion& op, HistorialCorrida* hist = nullptr)
+        : s_(s), imp_(imp), op_(op), hist_(hist) {
         if (!s_.progreso) s_.progreso = &mudo_;
     }
     ~Corrida() {
@@ -54,6 +56,7 @@ private:
     Sesion& s_;
     Importador& imp_;
     const OpcionesEjecucion& op_;
+    HistorialCorrida* hist_;  // the run's history: counts, backup, its row
     ProgresoMudo mudo_;
     std::string paso_;
     // The one writer of the run's stores, from the first reader to the last.
@@ -222,6 +225,7 @@ bool Corrida::enTransaccion(F&& f) {
         paso_ = "inicio de la transacción";
         Transaccion t(db);
         f();
+        if (hist_) hist_->confirma();
         paso_ = "confirmación";
         if (op_.antesDePaso) op_.antesDePaso(paso_);
         t.confirma();
@@ -230,6 +234,7 @@ bool Corrida::enTransaccion(F&& f) {
         SeparaEmpresas(db);
         throw;
     } catch (const std::exception& e) {
+        if (hist_) hist_->falla(paso_, e.what());
         barra().visible(false);
         MsgCritico(s_, "La importación no se completó: falló el paso " + paso_ + ".\r\n" + e.what() +
                            "\r\nLa información de la empresa quedó como estaba antes de la importación.");
@@ -311,8 +316,10 @@ ResultadoImportacion Corrida::termina() {
 
 ResultadoImportacion Corrida::importa(const ArchivosImportacion& a) {
     if (!validaArchivos(a)) return ResultadoImportacion::ArchivosFaltantes;
+    if (hist_) hist_->respalda();
     abreInconsistencias();
     leeFuentes(a);
+    if (hist_) hist_->leido();
     if (!ValidaPeriodo(s_)) {
         MsgAviso(s_, "El periodo que desea importar no es válido,\nel sistema determinó que la última importación se "
                      "realizó al mes de " +
@@ -358,6 +365,7 @@ ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
                      "actual");
         return ResultadoImportacion::ArchivosFaltantes;
     }
+    if (hist_) hist_->respalda();
     leeOTermina([&] {
         CreaCuentasTmp(s_);
         AbreCuentasTmp(s_);
@@ -365,6 +373,7 @@ ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
         barra().visible(true);
         paso("ImportaSaldosAnioAnterior", [&] { imp_.ImportaSaldosAnioAnterior(s_, *destino_, ruta); });
     });
+    if (hist_) hist_->leido();
     if (!decideContinuar()) {
         cierraAlmacenes();
         return ResultadoImportacion::NoContinuada;
@@ -378,14 +387,19 @@ ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
 
 }  // namespace
 
+// Each run leaves its row in the company's import history (pipeline/Historial.h).
 ResultadoImportacion EjecutaImportacion(Sesion& s, Importador& importador, const ArchivosImportacion& archivos,
                                         const OpcionesEjecucion& opciones) {
-    return Corrida(s, importador, opciones).importa(archivos);
+    HistorialCorrida historial(s, importador.idSistema(), kOperacionImportacion, archivos);
+    return historial.registra([&] { return Corrida(s, importador, opciones, &historial).importa(archivos); });
 }
 
 ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador, const std::string& ruta,
                                                const OpcionesEjecucion& opciones) {
-    return Corrida(s, importador, opciones).saldosAnioAnterior(ruta);
+    ArchivosImportacion archivos;
+    archivos.saldosAnioAnterior = ruta;
+    HistorialCorrida historial(s, importador.idSistema(), kOperacionSaldosAnioAnterior, archivos);
+    return historial.registra([&] { return Corrida(s, importador, opciones, &historial).saldosAnioAnterior(ruta); });
 }
 
 bool MesYaImportado(Sesion& s, const std::string& mes) {

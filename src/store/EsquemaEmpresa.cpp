@@ -113,6 +113,39 @@ DefTabla HistorialSorteos() {
             {{"CtaIntegracion_MesRevision", {"CtaIntegracion", "MesRevision"}}}};
 }
 
+// One row per import run, committed or not, and per undo of an import:
+// the evidence an auditor files of where the company's data came from.
+// The rows of a committed run are written in the commit's transaction.
+DefTabla HistorialImportaciones() {
+    DefTabla t{"HistorialImportaciones",
+               {Long("IdImportacion"), Texto("FechaHora", 19), Texto("Usuario", 100), Texto("Equipo", 100),
+                Texto("Programa", 20), Texto("NombCorto", 50), Texto("Nombre", 255), Integer("Ejercicio"),
+                Long("IdSistema"), Texto("Operacion", 30), Long("Cuentas"), Long("SaldosIniciales"),
+                Long("Polizas"), Long("Partidas"), Long("SaldosAnioAnterior")},
+               {{"PrimaryKey", {"IdImportacion"}, true}}};
+    for (const char* clase : {"A", "B", "C", "D", "O"}) t.campos.push_back(Long(std::string("Inconsis") + clase));
+    for (auto& c : {Texto("Decision", 30), Texto("Resultado", 30), Memo("Detalle"), Long("DuracionMs"),
+                    Long("Deshace"), Texto("Respaldo", 255)})
+        t.campos.push_back(c);
+    return t;
+}
+
+// The files of a run: role, path, size and SHA-256 (hexadecimal) as read.
+DefTabla HistorialImportacionesArchivos() {
+    return {"HistorialImportaciones_Archivos",
+            {Long("IdImportacion"), Integer("Orden"), Texto("Papel", 50), Memo("Ruta"), Long("Tamano"),
+             Texto("Sha256", 64), Texto("Modificado", 19)},
+            {{"IdImportacion", {"IdImportacion"}}}};
+}
+
+// Control totals of a run's vouchers as read, by month (13: the closing).
+DefTabla HistorialImportacionesTotales() {
+    return {"HistorialImportaciones_Totales",
+            {Long("IdImportacion"), Integer("Mes"), Long("Polizas"), Long("Partidas"), MonedaC("Cargos"),
+             MonedaC("Abonos")},
+            {{"IdImportacion", {"IdImportacion"}}}};
+}
+
 DefTabla CedAnaliticaMaster() {
     return {"CedAnaliticaMaster",
             {Long("IdCriterio"), Texto("Descripcion", 255), Texto("CtaIntegracion", 50), MonedaC("SaldoMayorA"),
@@ -295,6 +328,9 @@ const std::vector<DefTabla>& TablasEmpresa() {
         CedAnalitica(),
         UUIDAnalitica(),
         CedNoDeducibles(),
+        HistorialImportaciones(),
+        HistorialImportacionesArchivos(),
+        HistorialImportacionesTotales(),
     });
     return tablas;
 }

@@ -36,8 +36,8 @@ void CreaEsquemaEnlaces(BaseDatos& db);
 /// header (PRAGMA user_version). 0 is a company made before versions were
 /// kept; 1 gives every money column its default of 0, as the audit
 /// product's Currency fields have, so that a row added without an amount
-/// holds 0 and not Null.
-inline constexpr int kVersionEsquemaEmpresa = 1;
+/// holds 0 and not Null; 2 adds the import history.
+inline constexpr int kVersionEsquemaEmpresa = 2;
 
 /// Creates the company tables that are missing and brings older ones up to
 /// this version (missing columns added; a table whose money columns lack

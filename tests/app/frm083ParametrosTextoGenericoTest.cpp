@@ -330,6 +330,31 @@ private slots:
         delete forma;
     }
 
+    // What the files look like is offered below the tabs; only "Sugerir"
+    // puts it in the boxes: the title row and the column of the dates.
+    void sugiereLoQueVeEnLosArchivosSinAplicarloSolo() {
+        EscenarioTexto e;
+        e.catalogo = e.Archivo("cliente/sin_titulos.txt", "1101^1^Caja y bancos^0\n110101^2^Caja chica^1000.00\n"
+                                                          "110102^2^Bancos^0\n110103^2^Inversiones^5.00\n");
+        frm083ParametrosTextoGenerico f(e.sesion, e.Entrada());
+        f.show();
+        QVERIFY(f.Titulos());  // the layout's own value stays until asked
+        QVERIFY2(f.lblSugerencias->text().contains("separador \"^\" (segura)"), qPrintable(f.lblSugerencias->text()));
+        QVERIFY(f.lblSugerencias->text().contains("fila de títulos: no (segura)"));
+        QTest::mouseClick(f.cmdSugerir, Qt::LeftButton);
+        QVERIFY(!f.Titulos());
+
+        f.tboConfigArchivos->setCurrentIndex(1);
+        QVERIFY(f.lblSugerencias->text().contains("fila de títulos: sí"));
+        QVERIFY2(f.lblSugerencias->text().contains("fechas día primero (dd/mm/aaaa) en la columna 3"),
+                 qPrintable(f.lblSugerencias->text()));
+        f.optFechaIn->setChecked(true);
+        f.txtColFechaCompleta->clear();
+        QTest::mouseClick(f.cmdSugerir, Qt::LeftButton);
+        QVERIFY(f.optFechaCompleta->isChecked());
+        QCOMPARE(f.txtColFechaCompleta->text(), QString("3"));
+        QVERIFY(f.Titulos());
+    }
 private:
     // Runs one import from a new importer form with the scenario's files,
     // answering the layout form as a user would. Returns the form's result,

@@ -4,9 +4,12 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
+
+#include "pipeline/Historial.h"
 
 namespace velmorant::prueba {
 
@@ -37,6 +40,23 @@ AjustesAislados::AjustesAislados() {
 AjustesAislados::~AjustesAislados() {
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("VELMORANT_DATOS");
+}
+
+std::string ContenidoEmpresaSinHistorial(const std::string& archivo) {
+    BaseDatos db(archivo, BaseDatos::Modo::SoloLectura);
+    const auto& historial = TablasHistorial();
+    std::string r;
+    Consulta tablas = db.consulta("SELECT name FROM sqlite_master WHERE type='table' ORDER BY name");
+    for (tablas.primero(); !tablas.eof(); tablas.siguiente()) {
+        std::string t = tablas["name"].texto();
+        if (std::find(historial.begin(), historial.end(), t) != historial.end()) continue;
+        r += t + ":";
+        Consulta c = db.consulta("SELECT * FROM \"" + t + "\" ORDER BY rowid");
+        for (c.primero(); !c.eof(); c.siguiente())
+            for (int i = 0; i < c.numCampos(); ++i) r += c.campo(i).texto() + "|";
+        r += "\n";
+    }
+    return r;
 }
 
 ResultadoProceso CorreProceso(const std::string& lineaDeOrdenes) {

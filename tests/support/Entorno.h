@@ -46,6 +46,11 @@ struct ResultadoProceso {
 /// Runs a shell command line with no standard input and collects its output.
 ResultadoProceso CorreProceso(const std::string& lineaDeOrdenes);
 
+/// Every row of every table of a company file but its import history, as
+/// text: what a run that did not commit must leave as it found it (the
+/// history itself gains the run's row).
+std::string ContenidoEmpresaSinHistorial(const std::string& archivo);
+
 struct MensajeMostrado {
     TipoMensaje tipo;
     std::string titulo;

@@ -103,11 +103,6 @@ LecturaDelimitada LecturaDelCliente() {
     return l;
 }
 
-std::string LeeBytes(const std::string& ruta) {
-    std::ifstream f(ruta, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>());
-}
-
 // A base with company ACME (2025) whose codes are padded with zeros.
 class EmpresaFija {
 public:
@@ -184,7 +179,7 @@ TEST_F(ImportacionFija, UnaFechaIlegibleTerminaLaCorridaSinTocarLaEmpresa) {
                                         {35, "Treinta de febrero"}, {60, "1"}, {72, "0"}});
     e.escribe("feb.txt", TextoFijo(false, "02") + mala + "\r\n");
     e.inicia(ui);
-    const std::string antes = LeeBytes(e.archivoEmpresa());
+    const std::string antes = prueba::ContenidoEmpresaSinHistorial(e.archivoEmpresa());
     ui.mensajes.clear();
     ImportadorTextoFijo imp(DisenoFijo());
     EXPECT_THROW(EjecutaImportacion(e.s, imp, a), ProgramaTerminado);
@@ -193,7 +188,7 @@ TEST_F(ImportacionFija, UnaFechaIlegibleTerminaLaCorridaSinTocarLaEmpresa) {
     EXPECT_EQ(ui.mensajes[1].texto, "Error al leer la línea: " + mala + "\r");
     e.s.DbEmpresa.reset();
     e.s.DbEmpresas.reset();
-    EXPECT_EQ(LeeBytes(e.archivoEmpresa()), antes);
+    EXPECT_EQ(prueba::ContenidoEmpresaSinHistorial(e.archivoEmpresa()), antes);
 }
 
 // The same client as delimited and as fixed-width files: the same books,
