@@ -45,7 +45,9 @@ public:
     std::string descripcion() const override {
         return "Muestra la balanza de comprobación de un mes (por omisión, el último importado):\n"
                "saldo inicial, cargos, abonos y saldo final de cada cuenta, y la comprobación\n"
-               "de que los cargos igualan a los abonos y los saldos finales suman cero.";
+               "de que los cargos igualan a los abonos y los saldos finales suman cero. Las dos\n"
+               "últimas columnas son de la etapa de auditoría en curso: el saldo con los ajustes\n"
+               "(Saldo_Ajustado) y con los ajustes y las reclasificaciones (Saldo_Final_Aud).";
     }
     std::vector<Opcion> opciones() const override {
         return {{"mes", "MM", "mes de 1 a 12, o 13 para las pólizas de cierre"}, {"csv", "", "salida en CSV"}};
@@ -58,17 +60,18 @@ public:
         BaseDatos& db = *s.DbEmpresa;
         Consulta c = db.consulta("SELECT B.Cuenta, C.Descripcion, C.Nivel, B.SaldoInicial, B.C" + m + " AS Cargos, B.A" +
                                  m + " AS Abonos, B.SdoFin" + m +
-                                 " AS SaldoFinal FROM Balanzas B LEFT JOIN Cuentas C ON C.Cuenta = B.Cuenta "
+                                 " AS SaldoFinal, C.Saldo_Ajustado, C.Saldo_Final_Aud "
+                                 "FROM Balanzas B LEFT JOIN Cuentas C ON C.Cuenta = B.Cuenta "
                                  "ORDER BY B.Cuenta");
         auto& o = ctx.salida;
         bool csv = args.tiene("csv");
         if (csv)
-            o << "Cuenta,Descripcion,Nivel,SaldoInicial,Cargos,Abonos,SaldoFinal\n";
+            o << "Cuenta,Descripcion,Nivel,SaldoInicial,Cargos,Abonos,SaldoFinal,SaldoAjustado,SaldoFinalAud\n";
         else
             o << "Balanza de " << s.NombreEmpresa << ", mes " << m << "\n"
               << Columna("Cuenta", 14) << Columna("Descripción", 32) << Columna("Saldo inicial", 18, true)
               << Columna("Cargos", 18, true) << Columna("Abonos", 18, true) << Columna("Saldo final", 18, true)
-              << "\n";
+              << Columna("Saldo ajustado", 18, true) << Columna("Saldo final aud.", 18, true) << "\n";
         Moneda cargos, abonos, saldos;
         for (c.primero(); !c.eof(); c.siguiente()) {
             std::string cuenta = FormateaCuenta(s, c["Cuenta"].texto());
@@ -80,13 +83,16 @@ public:
             if (csv)
                 o << Csv(cuenta) << "," << Csv(c["Descripcion"].texto()) << "," << c["Nivel"].entero() << ","
                   << c["SaldoInicial"].moneda().texto() << "," << c["Cargos"].moneda().texto() << ","
-                  << c["Abonos"].moneda().texto() << "," << c["SaldoFinal"].moneda().texto() << "\n";
+                  << c["Abonos"].moneda().texto() << "," << c["SaldoFinal"].moneda().texto() << ","
+                  << c["Saldo_Ajustado"].moneda().texto() << "," << c["Saldo_Final_Aud"].moneda().texto() << "\n";
             else
                 o << Columna(cuenta, 14) << Columna(c["Descripcion"].texto(), 32)
                   << Columna(c["SaldoInicial"].moneda().formatoMoneda(), 18, true)
                   << Columna(c["Cargos"].moneda().formatoMoneda(), 18, true)
                   << Columna(c["Abonos"].moneda().formatoMoneda(), 18, true)
-                  << Columna(c["SaldoFinal"].moneda().formatoMoneda(), 18, true) << "\n";
+                  << Columna(c["SaldoFinal"].moneda().formatoMoneda(), 18, true)
+                  << Columna(c["Saldo_Ajustado"].moneda().formatoMoneda(), 18, true)
+                  << Columna(c["Saldo_Final_Aud"].moneda().formatoMoneda(), 18, true) << "\n";
         }
         if (!csv) {
             o << "Cuentas: " << c.cuentaRegistros() << ". Cuentas de primer nivel: cargos " << cargos.formatoMoneda()

@@ -27,6 +27,10 @@ std::string Pliega(const std::string& t) {
 
 std::string Corta(const std::string& t, size_t largo) { return largo == 0 ? t : Izquierda(t, largo); }
 
+std::string TextoCuentaFueraDeCatalogo(const std::string& cuenta) {
+    return "La Cuenta " + cuenta + " no existe en el catálogo.";
+}
+
 }  // namespace
 
 DestinoTmp::DestinoTmp(Sesion& s, ReglasDestino reglas) : s_(s), reglas_(reglas) {}
@@ -152,17 +156,59 @@ bool DestinoTmp::cuentaConocida(const std::string& cuenta) {
     return cuentasTmp_.count(Pliega(cuenta)) > 0;
 }
 
-void DestinoTmp::registraCuentaInexistente(const PolizaEscrita& p, const PartidaLeida& l) {
+bool DestinoTmp::primeraVezEnBitacora(const std::string& cuenta) {
     // The log is asked once per account: an account dropped from the chart
     // may already be there from the chart's comparison.
-    if (!cuentasEnBitacora_.insert(Pliega(l.Cuenta)).second) return;
-    if (ExisteInconsistenciaCuenta(s_, l.Cuenta)) return;
-    const std::string texto =
-        reglas_.avisoCuentaInexistente == ReglasDestino::AvisoCuentaInexistente::NoExisteEnCatalogo
-            ? "La cuenta " + l.Cuenta + " no existe en el catálogo"
-            : "No se registró  el movimiento " + l.TipoMov + " ," + l.Importe.formatoMoneda() +
-                  " de la Póliza, ya que la Cuenta no existe.";
+    if (!cuentasEnBitacora_.insert(Pliega(cuenta)).second) return false;
+    return !ExisteInconsistenciaCuenta(s_, cuenta);
+}
+
+void DestinoTmp::registraCuentaInexistente(const PolizaEscrita& p, const PartidaLeida& l) {
+    if (!primeraVezEnBitacora(l.Cuenta)) return;
+    std::string texto;
+    switch (reglas_.avisoCuentaInexistente) {
+        case ReglasDestino::AvisoCuentaInexistente::Movimiento:
+            texto = "No se registró  el movimiento " + l.TipoMov + " ," + l.Importe.formatoMoneda() +
+                    " de la Póliza, ya que la Cuenta no existe.";
+            break;
+        case ReglasDestino::AvisoCuentaInexistente::CuentaNoExiste: texto = TextoCuentaFueraDeCatalogo(l.Cuenta); break;
+        case ReglasDestino::AvisoCuentaInexistente::NoExisteEnCatalogo:
+            texto = "La cuenta " + l.Cuenta + " no existe en el catálogo";
+            break;
+    }
     RegistraInconsistencia(s_, texto, kFuentePolizas, "O", p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
+}
+
+// ------------------------------------------------------------ Adjustments
+
+BaseDatos& DestinoTmp::almacenAjustes() {
+    if (!ajustes_) {
+        const std::string ruta = RutaAlmacen(s_, kAjYRclTmp);
+        if (!ExisteArchivo(ruta))
+            throw std::logic_error(std::string("El almacén temporal ") + kAjYRclTmp + " no existe");
+        ajustes_ = std::make_unique<BaseDatos>(ruta);
+        // The next run makes it afresh: a crash may lose it whole.
+        ajustes_->ejecutaScript("PRAGMA synchronous=OFF; PRAGMA journal_mode=MEMORY;");
+    }
+    return *ajustes_;
+}
+
+long DestinoTmp::nuevoAjusteReclasificacion(const std::string& tipo) {
+    Valor maximo =
+        almacenAjustes().escalar("SELECT MAX([IdAjRc]) AS AjRcSiguiente FROM [AjYRcl_Tmp] WHERE Tipo=?", tipo);
+    return maximo.esNulo() ? 1 : static_cast<long>(maximo.entero()) + 1;
+}
+
+void DestinoTmp::agregaLineaAjuste(long idAjRc, const LineaAjusteLeida& l) {
+    if (l.Cuenta.empty()) return;
+    almacenAjustes()
+        .preparada("INSERT INTO AjYRcl_Tmp (IdAjRc, AjRc, Tipo, Concepto, Estatus, Cuenta, TipoMov, Importe) "
+                   "VALUES (?, ?, ?, ?, ?, ?, ?, ?)")
+        .con(idAjRc, l.AjRc, l.Tipo, l.Concepto, true, l.Cuenta, l.TipoMov, l.Importe)
+        .ejecuta();
+    if (!cuentaConocida(l.Cuenta) && primeraVezEnBitacora(l.Cuenta))
+        RegistraInconsistencia(s_, TextoCuentaFueraDeCatalogo(l.Cuenta), kFuentePolizas, "O", l.Poliza, l.Tipo, l.Fecha,
+                               l.Cuenta);
 }
 
 }  // namespace velmorant

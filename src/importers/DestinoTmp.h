@@ -16,6 +16,7 @@
 // a closed store throws std::logic_error. Engine errors propagate.
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -68,6 +69,20 @@ struct PartidaLeida {
     std::string Referencia;  // raw; the writer filters and cuts it
 };
 
+/// A line of an auditor's adjustment ("AJ") or reclassification ("RC")
+/// brought from an earlier audit product, for the store `AjYRcl_Tmp`.
+struct LineaAjusteLeida {
+    std::string Tipo;      // "AJ" or "RC"
+    long AjRc = 0;         // the entry's number, as the user knows it
+    std::string Concepto;  // raw; the commit filters it
+    std::string Cuenta;    // without separators
+    std::string TipoMov;   // "C" debit, anything else ("A") credit
+    Moneda Importe;
+    // Where it came from, for the log only.
+    std::string Poliza;
+    std::optional<velmorant::Fecha> Fecha;
+};
+
 /// Where importers store differently.
 struct ReglasDestino {
     /// Characters of `Descripcion` kept; 0 keeps it whole.
@@ -82,10 +97,12 @@ struct ReglasDestino {
     /// which lives as long as its form, instead of following the store.
     long* contadorIdPoliza = nullptr;
     /// The text logged, once per account, for a line whose account the
-    /// temporary chart lacks: the common "No se registró  el movimiento ..."
-    /// or, in the printed-report readers that say so, "La cuenta X no existe
-    /// en el catálogo".
-    enum class AvisoCuentaInexistente { Movimiento, NoExisteEnCatalogo };
+    /// temporary chart lacks.
+    enum class AvisoCuentaInexistente {
+        Movimiento,          // "No se registró  el movimiento D ,$1.00 de la Póliza, ya que la Cuenta no existe."
+        CuentaNoExiste,      // "La Cuenta 1000101 no existe en el catálogo." (table-based readers)
+        NoExisteEnCatalogo,  // "La cuenta 1000101 no existe en el catálogo" (printed-report readers)
+    };
     AvisoCuentaInexistente avisoCuentaInexistente = AvisoCuentaInexistente::Movimiento;
 };
 
@@ -114,6 +131,9 @@ public:
     void agregaSaldoAnioAnterior(const SaldoAnioAnteriorLeido& r);
     /// True when the company's own chart (`Cuentas`) holds the code.
     bool cuentaEnEmpresa(const std::string& cuenta);
+    /// True when the temporary chart holds the code as `CuentaSinSeparadores`
+    /// (without regard to case), as voucher lines are checked.
+    bool conoceCuenta(const std::string& cuenta) { return cuentaConocida(cuenta); }
 
     // ------------------------------------------------------------ Vouchers
 
@@ -132,6 +152,20 @@ public:
     /// keeps its line, and the run decides later. An empty account adds
     /// nothing.
     void agregaPartida(long idPoliza, const PartidaLeida& l);
+
+    // ------------------------------------------------ Adjustments (AjYRcl_Tmp)
+
+    /// The `IdAjRc` of a new entry of type `tipo` ("AJ" or "RC"): the highest
+    /// of that type in `AjYRcl_Tmp` plus one, 1 for the first. Each type
+    /// counts by itself. The store must exist (CreaAjYRclTmp); the writer
+    /// opens it with a connection of its own, since a run's commit already
+    /// attaches as many stores to the company connection as the engine allows.
+    long nuevoAjusteReclasificacion(const std::string& tipo);
+    /// Adds a line of entry `idAjRc` to `AjYRcl_Tmp`, in force (`Estatus`
+    /// true). A line on an account that the temporary chart lacks, and that
+    /// the log does not name yet, is logged once as "La Cuenta X no existe en
+    /// el catálogo." and still stored. An empty account adds nothing.
+    void agregaLineaAjuste(long idAjRc, const LineaAjusteLeida& l);
 
     /// Vouchers and lines written by this writer.
     long polizasEscritas() const { return static_cast<long>(polizas_.size()); }
@@ -153,11 +187,16 @@ private:
     bool cuentasCargadas_ = false;
     std::unordered_set<std::string> cuentasTmp_;       // CuentaSinSeparadores, folded
     std::unordered_set<std::string> cuentasEnBitacora_;  // accounts the log already names, folded
+    std::unique_ptr<BaseDatos> ajustes_;                 // AjYRcl_Tmp, once opened
 
     long siguienteIdPoliza();
     long escribePoliza(const PolizaLeida& p);
     bool cuentaConocida(const std::string& cuenta);
     void registraCuentaInexistente(const PolizaEscrita& p, const PartidaLeida& l);
+    /// True when the account must be logged now: not yet named by this
+    /// writer nor by the log.
+    bool primeraVezEnBitacora(const std::string& cuenta);
+    BaseDatos& almacenAjustes();
 };
 
 }  // namespace velmorant

@@ -70,5 +70,6 @@ void Importador::ImportaSaldosIniciales(Sesion&, DestinoTmp&, const ArchivosImpo
 void Importador::ImportaPolizas(Sesion&, DestinoTmp&, const ArchivosImportacion&) {}
 void Importador::ImportaPolizasMes(Sesion&, DestinoTmp&, int, const std::string&) {}
 void Importador::ImportaSaldosAnioAnterior(Sesion&, DestinoTmp&, const std::string&) {}
+void Importador::confirmaPropio(Sesion&, MomentoConfirmacion) {}
 
 }  // namespace velmorant

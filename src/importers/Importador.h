@@ -23,6 +23,16 @@ enum class TipoImportacion {
     MesPorMes,     // one voucher file per month
 };
 
+/// The moments of a run's commit at which an importer may do work of its own.
+enum class MomentoConfirmacion {
+    /// The commit begins: the vouchers are validated and accepted, and
+    /// nothing of the company is written yet but its link and review months.
+    Inicio,
+    /// The trial balance and the stage balances are computed; the review
+    /// work is not rebuilt yet.
+    Etapas,
+};
+
 /// What the user chose: files by role, the ticked check boxes and the
 /// valued options. An empty text means "not given".
 struct ArchivosImportacion {
@@ -79,6 +89,13 @@ public:
     virtual void ImportaPolizasMes(Sesion& s, DestinoTmp& d, int mes, const std::string& ruta);
     /// The prior-year run: closing balances of the prior year.
     virtual void ImportaSaldosAnioAnterior(Sesion& s, DestinoTmp& d, const std::string& ruta);
+
+    /// Commit work of the importer's own, for sources that bring more than
+    /// the run commits (an earlier audit product's adjustments). It runs at
+    /// each moment of the year's commit, inside the run's one transaction on
+    /// `s.DbEmpresa`, so a failure rolls the whole import back. The base does
+    /// nothing.
+    virtual void confirmaPropio(Sesion& s, MomentoConfirmacion momento);
 };
 
 }  // namespace velmorant

@@ -5,6 +5,8 @@
 #include "importers/Descriptor.h"
 #include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
 #include "importers/reportes/ImportadorReporte.h"
+#include "importers/quorvel/ImportadorQuorvel.h"
+#include "importers/softex/ImportadorSoftex.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "importers/texto_fijo/ImportadorTextoFijo.h"
 
@@ -15,6 +17,9 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
         DescriptorTextoFijo(),
         DescriptorTextoDelimitado(),
         DescriptorContabilidadElectronica(),
+        DescriptorSoftex(),
+        DescriptorQuorvel4(),
+        DescriptorQuorvel5(),
     };
     for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });

@@ -253,6 +253,8 @@ void Corrida::confirmaImportacion() {
     paso("ActualizaMesesRevision", [&] { ActualizaMesesRevision(s_, s_.UltimoMesNuevo); });
     paso("LeeMesesRevision", [&] { LeeMesesRevision(s_); });
     barra().visible(true);
+    paso("confirmación propia del importador (inicio)",
+         [&] { imp_.confirmaPropio(s_, MomentoConfirmacion::Inicio); });
     paso("DepuraCatalogo", [&] { DepuraCatalogo(s_, barra()); });
     paso("GuardaCatalogo", [&] { GuardaCatalogo(s_, barra()); });
     paso("DeterminaCuentasAcumulativas", [&] { DeterminaCuentasAcumulativas(s_, barra()); });
@@ -278,6 +280,8 @@ void Corrida::confirmaImportacion() {
     CierraPolizasTmp(s_);
     paso("CalculaSaldosFinales", [&] { CalculaSaldosFinales(s_); });
     paso("CalculaSaldosEtapas", [&] { CalculaSaldosEtapas(s_); });
+    paso("confirmación propia del importador (etapas)",
+         [&] { imp_.confirmaPropio(s_, MomentoConfirmacion::Etapas); });
     if (s_.UltimoMesImportado > 0) reconstruyeRevision();
     barra().visible(false);
 }

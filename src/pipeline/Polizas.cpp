@@ -1,5 +1,6 @@
 #include "pipeline/Polizas.h"
 
+#include <set>
 #include <stdexcept>
 
 #include "accounts/CodigosCuenta.h"
@@ -199,6 +200,16 @@ void NormalizaTiposPoliza(Sesion& s) {
                    c.anterior);
     }
     t.confirma();
+}
+
+std::map<std::string, std::string> TiposPolizaNormalizados(Sesion& s) {
+    std::set<std::string> tipos;
+    Consulta c = EmpresaAbierta(s).consulta("SELECT Tipo FROM CatTipoPoliza WHERE Tipo IS NOT NULL");
+    for (c.primero(); !c.eof(); c.siguiente()) tipos.insert(c["Tipo"].texto());
+    std::map<std::string, std::string> cambios;
+    for (const CambioTipo& t : kCambiosTipo)
+        if (tipos.count(t.nuevo) && !tipos.count(t.anterior)) cambios[t.anterior] = t.nuevo;
+    return cambios;
 }
 
 }  // namespace velmorant

@@ -11,6 +11,7 @@
 // Progress goes to `Sesion::progreso` when there is one; faults go to the
 // log through `RegistraInconsistencia`.
 
+#include <map>
 #include <string>
 
 #include "platform/Fecha.h"
@@ -54,5 +55,11 @@ void RegistraTiposPoliza(Sesion& s);
 /// the catalogue, whose descriptions become "Ingresos", "Egresos" and
 /// "Diario" in that order. Other codes stay.
 void NormalizaTiposPoliza(Sesion& s);
+
+/// The letter codes a company's earlier normalization has already turned
+/// into numbers (its `CatTipoPoliza` holds the number and not the letters),
+/// letter to number. A reader applies it to the types it reads, so that a
+/// re-import compares "1" with "1" and not "Dr" with "1".
+std::map<std::string, std::string> TiposPolizaNormalizados(Sesion& s);
 
 }  // namespace velmorant

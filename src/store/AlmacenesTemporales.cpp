@@ -94,6 +94,13 @@ DefTabla SelecPolizasDetalleTmp() {
             {}};
 }
 
+DefTabla AjYRclTmp() {
+    return {kAjYRclTmp,
+            {Long("IdAjRc"), Long("AjRc"), Texto("Tipo", 10), Texto("Concepto", 255), Booleano("Estatus"),
+             Texto("Cuenta", 40), Texto("TipoMov", 1), MonedaC("Importe")},
+            {{"IdAjRc", {"IdAjRc"}}}};
+}
+
 // Files that BorraTemporales deletes from the company folder whatever they
 // hold: the run's stores and three names no step creates any more.
 const char* const kBorradosSiempre[] = {kCuentasTmp,          kPolizasTmp,         kPolizasDetalleTmp,
@@ -274,6 +281,11 @@ const DefTabla& TablaSelecPolizasDetalleTmp() {
     return t;
 }
 
+const DefTabla& TablaAjYRclTmp() {
+    static const DefTabla t = AjYRclTmp();
+    return t;
+}
+
 // ------------------------------------------------------------------ Paths
 
 std::string RutaAlmacen(const Sesion& s, const std::string& nombreBase) {
@@ -292,6 +304,7 @@ void CreaInconsisImpTmp(Sesion& s) { Recrea(s, kInconsisImpTmp, {&TablaInconsisI
 void CreaSeleccionDetalleTmp(Sesion& s) { Recrea(s, kSeleccionDetalleTmp, {&TablaSeleccionDetalleTmp()}); }
 void CreaSeleccPreviaCtasBalTmp(Sesion& s) { Recrea(s, kSeleccPreviaCtasBalTmp, {&TablaSeleccPreviaCtasBalTmp()}); }
 void CreaSelecPolizasDetalleTmp(Sesion& s) { Recrea(s, kSelecPolizasDetalleTmp, {&TablaSelecPolizasDetalleTmp()}); }
+void CreaAjYRclTmp(Sesion& s) { Recrea(s, kAjYRclTmp, {&TablaAjYRclTmp()}); }
 
 void CreaCedAnaliticaTmp(Sesion& s) {
     Recrea(s, kCedAnaliticaTmp, {&TablaCedAnaliticaTmp(), &TablaUUIDAnaliticaTmp()});

@@ -31,6 +31,9 @@ inline constexpr const char* kSeleccionDetalleTmp = "SeleccionDetalleTmp";
 inline constexpr const char* kSeleccPreviaCtasBalTmp = "SeleccPreviaCtasBalTmp";
 inline constexpr const char* kCedAnaliticaTmp = "CedAnaliticaTmp";
 inline constexpr const char* kSelecPolizasDetalleTmp = "SelecPolizas_DetalleTmp";
+/// The adjustments and reclassifications read from an earlier audit
+/// product's vouchers, kept until the commit writes them to the company.
+inline constexpr const char* kAjYRclTmp = "AjYRcl_Tmp";
 
 // Table descriptions of the stores, for callers that check a width or a
 // field list (LongitudCampo).
@@ -45,6 +48,7 @@ const DefTabla& TablaSeleccPreviaCtasBalTmp();
 const DefTabla& TablaCedAnaliticaTmp();
 const DefTabla& TablaUUIDAnaliticaTmp();
 const DefTabla& TablaSelecPolizasDetalleTmp();
+const DefTabla& TablaAjYRclTmp();
 
 /// Full path of a store in the company folder.
 std::string RutaAlmacen(const Sesion& s, const std::string& nombreBase);
@@ -68,6 +72,12 @@ void CreaSeleccionDetalleTmp(Sesion& s);
 void CreaSeleccPreviaCtasBalTmp(Sesion& s);
 void CreaCedAnaliticaTmp(Sesion& s);
 void CreaSelecPolizasDetalleTmp(Sesion& s);
+/// The store of the adjustments and reclassifications. It is never attached
+/// to the company connection (the commit of a re-import attaches as many
+/// stores as the engine allows): its writer and the commit open it each with
+/// a connection of their own. BorraTemporales leaves it; the next run of its
+/// importers replaces it.
+void CreaAjYRclTmp(Sesion& s);
 
 /// A store of the company folder (or the data folder) that the engine
 /// cannot read, not a database or with damaged pages, is renamed with its
