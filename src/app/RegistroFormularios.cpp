@@ -4,6 +4,7 @@
 #include "app/frm022TxtPersonalizado.h"
 #include "app/frm000ImportadorReporte.h"
 #include "app/frm082TextoGenericoSeparado.h"
+#include "app/frm099TextoExcelGenerico.h"
 #include "importers/Descriptor.h"
 #include "importers/reportes/ImportadorReporte.h"
 
@@ -22,6 +23,7 @@ std::map<int, FabricaFormulario>& Registro() {
     static std::map<int, FabricaFormulario> registro = {
         {25, Fabrica<frm022TxtPersonalizado>()},
         {82, Fabrica<frm082TextoGenericoSeparado>()},
+        {102, Fabrica<frm099TextoExcelGenerico>()},
     };
     return registro;
 }

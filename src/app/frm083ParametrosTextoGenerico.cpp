@@ -23,8 +23,19 @@ PestanaSaldos PestanaDe(const EntradaParametros& e) {
 
 frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, const EntradaParametros& entrada,
                                                              QWidget* padre)
-    : FormaParametros(sesion, FormularioParametros::TextoGenerico, entrada.configuracion, PestanaDe(entrada), padre),
-      entrada_(entrada) {
+    : frm083ParametrosTextoGenerico(
+          sesion, entrada, FormularioParametros::TextoGenerico,
+          [separador = entrada.separador](Sesion& s, const std::string& ruta) {
+              return VistaPreviaTexto(s, ruta, separador);
+          },
+          true, padre) {}
+
+frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, const EntradaParametros& entrada,
+                                                             FormularioParametros tipo, VistaArchivo vista,
+                                                             bool sugerencias, QWidget* padre)
+    : FormaParametros(sesion, tipo, entrada.configuracion, PestanaDe(entrada), padre),
+      entrada_(entrada),
+      vista_(std::move(vista)) {
     setObjectName("frm083ParametrosTextoGenerico");
     const PestanaSaldos pestana = f_.cajas.pestana;
     tboConfigArchivos->addTab(construyeCatalogo(), "Catálogo de Cuentas");
@@ -44,10 +55,15 @@ frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, con
     cmdSugerir->setObjectName("cmdSugerir");
     cmdSugerir->setAutoDefault(false);
     cmdSugerir->setToolTip("Marca la fila de títulos y la columna de la fecha como parecen en el archivo");
-    auto* sugerencias = new QHBoxLayout;
-    sugerencias->addWidget(lblSugerencias, 1);
-    sugerencias->addWidget(cmdSugerir, 0, Qt::AlignTop);
-    Arma(sugerencias);
+    auto* zonaSugerencias = new QHBoxLayout;
+    zonaSugerencias->addWidget(lblSugerencias, 1);
+    zonaSugerencias->addWidget(cmdSugerir, 0, Qt::AlignTop);
+    Arma(zonaSugerencias);
+    if (!sugerencias) {
+        lblSugerencias->hide();
+        cmdSugerir->hide();
+        return;
+    }
     DetectaArchivos();
     MuestraSugerencias();
     connect(tboConfigArchivos, &QTabWidget::currentChanged, this, [this] { MuestraSugerencias(); });
@@ -56,7 +72,7 @@ frm083ParametrosTextoGenerico::frm083ParametrosTextoGenerico(Sesion& sesion, con
 
 QTableView* frm083ParametrosTextoGenerico::construyeVista(QWidget* padre, const char* nombre, const std::string& ruta) {
     QTableView* vista = Vista(padre, nombre, ruta);
-    if (!ruta.empty() && ExisteArchivo(ruta)) ModeloDe(vista)->muestra(VistaPreviaTexto(sesion_, ruta, entrada_.separador));
+    if (!ruta.empty() && ExisteArchivo(ruta)) ModeloDe(vista)->muestra(vista_(sesion_, ruta));
     return vista;
 }
 

@@ -14,6 +14,7 @@
 #include "layouts/DeteccionFormato.h"
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -94,11 +95,20 @@ public:
     QWidget* CajaDe(const std::string& miembro) const override;
 
 protected:
+    /// How a file is shown in its tab's grid.
+    using VistaArchivo = std::function<VistaPrevia(Sesion&, const std::string&)>;
+    /// The same boxes over files of another kind: `tipo` says which link's
+    /// layouts the form lists and saves, `vista` how each file is previewed;
+    /// `sugerencias` offers what a text file looks like.
+    frm083ParametrosTextoGenerico(Sesion& sesion, const EntradaParametros& entrada, FormularioParametros tipo,
+                                  VistaArchivo vista, bool sugerencias, QWidget* padre);
+
     void MuestraCajas(const CajasParametros& c) override;
     void ActualizaEstado() override;
 
 private:
     EntradaParametros entrada_;
+    VistaArchivo vista_;
     std::vector<std::optional<DeteccionTexto>> detecciones_;  // by tab: the file's findings
 
     void DetectaArchivos();

@@ -105,7 +105,11 @@ ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& ar
         VerificaEntrada(*unArchivo, "un-archivo", false);
         a.polizas = *unArchivo;
     }
-    if (conPolizas && d.meses && d.unArchivo && args.tiene("un-archivo") == !args.valores("mes").empty())
+    // The closing month's file may stand beside the year's one file.
+    bool conMeses = false;
+    for (const auto& m : args.valores("mes"))
+        if (!(d.mes13 && m.rfind("13=", 0) == 0)) conMeses = true;
+    if (conPolizas && d.meses && d.unArchivo && args.tiene("un-archivo") == conMeses)
         throw ErrorUso("indique las pólizas con --mes MM=ARCHIVO o con --un-archivo ARCHIVO, una de las dos");
     for (const auto& c : d.casillas)
         if (args.tiene(c.opcionCli)) a.casillas.insert(c.opcionCli);

@@ -9,6 +9,7 @@
 #include "importers/softex/ImportadorSoftex.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "importers/texto_fijo/ImportadorTextoFijo.h"
+#include "importers/excel_columnas/ImportadorExcelColumnas.h"
 
 namespace velmorant {
 
@@ -20,6 +21,7 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
         DescriptorSoftex(),
         DescriptorQuorvel4(),
         DescriptorQuorvel5(),
+        DescriptorExcelColumnas(),
     };
     for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });

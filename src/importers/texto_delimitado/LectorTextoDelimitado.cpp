@@ -7,6 +7,7 @@
 #include "platform/ErrorLectura.h"
 #include "platform/Numeros.h"
 #include "platform/Texto.h"
+#include "platform/fuentes/FuenteRegistros.h"
 #include "platform/fuentes/FuenteTexto.h"
 #include "session/Funciones.h"
 
@@ -30,12 +31,32 @@ void ExisteOFalla(Sesion& s, const std::string& ruta) {
     throw ErrorLectura(mensaje, ruta, 0);
 }
 
-// The amount and direction of a voucher line. They live across the lines of
-// a file: a line whose amounts cannot be read keeps those of the line before.
-struct Movimiento {
-    std::string TipoMov;
-    Moneda Importe;
-};
+void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const Fila& fila, Movimiento& mov) {
+    PolizaLeida p;
+    p.Poliza = fila.campo(c.PIniNumPol);
+    p.Tipo = fila.campo(c.PIniTipo);
+    std::string textoFecha = TextoFecha(c, fila);
+    std::optional<Fecha> fecha;
+    if (!textoFecha.empty()) {
+        fecha = LeeFecha(textoFecha);
+        if (!fecha) throw FalloFila("No coinciden los tipos: la fecha " + textoFecha + " no es válida");
+    }
+    PartidaLeida l;
+    l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoYSeparador, false);
+    l.Referencia = fila.campo(c.PIniRef);
+    p.Concepto = fila.campo(c.PIniConcept);
+    LeeMovimiento(c, fila, mov);
+    if (p.Poliza.empty() || !fecha) return;
+    p.Fecha = *fecha;
+    long id = d.poliza(p);
+    int nivel = 0;
+    ReglaLongitudCompleta(s, l.Cuenta, nivel);
+    l.TipoMov = mov.TipoMov;
+    l.Importe = mov.Importe;
+    d.agregaPartida(id, l);
+}
+
+}  // namespace
 
 void LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
     if (c.PIniTipoMov != 0) {
@@ -67,33 +88,6 @@ std::string TextoFecha(const EstructuraDatosTxt& c, const Fila& fila) {
     if (d.empty() || m.empty() || a.empty()) return "";
     return d + "/" + m + "/" + a;
 }
-
-void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const Fila& fila, Movimiento& mov) {
-    PolizaLeida p;
-    p.Poliza = fila.campo(c.PIniNumPol);
-    p.Tipo = fila.campo(c.PIniTipo);
-    std::string textoFecha = TextoFecha(c, fila);
-    std::optional<Fecha> fecha;
-    if (!textoFecha.empty()) {
-        fecha = LeeFecha(textoFecha);
-        if (!fecha) throw FalloFila("No coinciden los tipos: la fecha " + textoFecha + " no es válida");
-    }
-    PartidaLeida l;
-    l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoYSeparador, false);
-    l.Referencia = fila.campo(c.PIniRef);
-    p.Concepto = fila.campo(c.PIniConcept);
-    LeeMovimiento(c, fila, mov);
-    if (p.Poliza.empty() || !fecha) return;
-    p.Fecha = *fecha;
-    long id = d.poliza(p);
-    int nivel = 0;
-    ReglaLongitudCompleta(s, l.Cuenta, nivel);
-    l.TipoMov = mov.TipoMov;
-    l.Importe = mov.Importe;
-    d.agregaPartida(id, l);
-}
-
-}  // namespace
 
 ReglasDestino ReglasTextoDelimitado() {
     ReglasDestino r;

@@ -19,6 +19,8 @@
 
 namespace velmorant {
 
+struct Fila;
+
 /// How the files of a run are read: the delimiter text (used whole, of any
 /// length; "\t" for tabs), whether the first line of every file holds
 /// titles (`Titulos`), and the layout.
@@ -27,6 +29,23 @@ struct LecturaDelimitada {
     bool Titulos = true;
     EstructuraDatosTxt config;
 };
+
+/// The amount and direction of a voucher line. They live across the lines
+/// of a file: a line whose amounts cannot be read keeps those of the line
+/// before.
+struct Movimiento {
+    std::string TipoMov;
+    Moneda Importe;
+};
+
+/// Reads a line's amount and direction into `m`: by the indicator column
+/// ("1" a debit, any other text a credit; empty leaves no direction and 0),
+/// or by the debit and credit columns (both zero keeps the direction).
+void LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m);
+
+/// The date text of a line: the whole column `PIniDia` when the month or
+/// year column is absent, else day "/" month "/" year ("" when one is empty).
+std::string TextoFecha(const EstructuraDatosTxt& c, const Fila& fila);
 
 /// The run's writer as this importer stores: descriptions cut to 60
 /// characters, the voucher type compared whole and stored cut to 10.

@@ -1,7 +1,8 @@
 // Link 25 through the whole run: a date that cannot be converted ending the
 // run with nothing committed, the same client
-// delivered as delimited (link 82) and as fixed-width files importing to the
-// same books, and the command line from the saved layout to the trial balance.
+// delivered as delimited (link 82), as fixed-width files and as workbooks
+// (link 102) importing to the same books, and the command line from the
+// saved layout to the trial balance.
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "importers/excel_columnas/ImportadorExcelColumnas.h"
+#include "importers/excel_columnas/LibroPrueba.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "importers/texto_fijo/ImportadorTextoFijo.h"
 #include "importers/texto_fijo/LineaFija.h"
@@ -90,6 +93,46 @@ std::string TextoFijo(bool catalogo, const std::string& mes = "") {
                             {27, l.referencia}, {35, l.concepto}, {60, l.cargo}, {72, l.abono}}) +
                  "\r\n";
     return t;
+}
+
+// The same client as workbooks: one date column whose cells carry a time of
+// day, accounts of the detail level delivered as numbers, amounts as numbers.
+prueba::HojaLibro HojaExcel(bool catalogo, const std::string& mes = "") {
+    using namespace prueba;
+    auto importe = [](const std::string& t) {
+        std::string limpio;
+        for (char c : t)
+            if (c != ',') limpio += c;
+        return N(std::stod(limpio));
+    };
+    auto cuenta = [](const std::string& c) {
+        if (c.substr(c.size() - 2) == "00" || c.rfind("999", 0) == 0) return T(c);
+        return N(std::stod(c.substr(0, 3) + c.substr(4, 2) + c.substr(7, 2)));
+    };
+    HojaLibro h;
+    if (catalogo) {
+        h.push_back({T("Cuenta"), T("Nivel"), T("Descripción"), T("Naturaleza"), T("Saldo")});
+        for (auto& c : kCuentas)
+            h.push_back({cuenta(c.cuenta), N(std::stod(c.nivel)), T(c.descripcion), T(c.naturaleza), importe(c.saldo)});
+        return h;
+    }
+    h.push_back({T("Póliza"), T("Tipo"), T("Fecha"), T("Cuenta"), T("Referencia"), T("Concepto"), T("Cargo"), T("Abono")});
+    for (auto& l : kLineas)
+        if (l.mes == mes)
+            h.push_back({N(std::stod(l.poliza)), T(l.tipo), F(2025, std::stoi(l.mes), std::stoi(l.dia), 18, 5),
+                         cuenta(l.cuenta), l.referencia.empty() ? V() : T(l.referencia), T(l.concepto),
+                         importe(l.cargo), importe(l.abono)});
+    return h;
+}
+
+LecturaExcel LecturaExcelDelCliente() {
+    LecturaExcel l;
+    l.Titulos = false;
+    auto& c = l.config;
+    c.PIniCuenta = 1, c.PIniNivel = 2, c.PIniDescripcion = 3, c.PIniNaturaleza = 4, c.PIniSdoIni = 5;
+    c.PIniNumPol = 1, c.PIniTipo = 2, c.PIniDia = 3, c.PIniCtaPol = 4, c.PIniRef = 5, c.PIniConcept = 6,
+    c.PIniCargo = 7, c.PIniAbono = 8;
+    return l;
 }
 
 LecturaDelimitada LecturaDelCliente() {
@@ -191,12 +234,12 @@ TEST_F(ImportacionFija, UnaFechaIlegibleTerminaLaCorridaSinTocarLaEmpresa) {
     EXPECT_EQ(prueba::ContenidoEmpresaSinHistorial(e.archivoEmpresa()), antes);
 }
 
-// The same client as delimited and as fixed-width files: the same books,
-// but that each line of the fixed files carries its concept beside its
-// reference.
-TEST_F(ImportacionFija, ElMismoClienteDelimitadoYFijoDaLosMismosLibros) {
-    prueba::CarpetaTemporal otra;
-    EmpresaFija delimitada(dir.texto()), fija(otra.texto());
+// The same client as delimited and fixed-width files and as workbooks: the
+// same books, but that each line of the fixed files carries its concept
+// beside its reference.
+TEST_F(ImportacionFija, ElMismoClienteDelimitadoFijoYEnExcelDaLosMismosLibros) {
+    prueba::CarpetaTemporal otra, tercera;
+    EmpresaFija delimitada(dir.texto()), fija(otra.texto()), libro(tercera.texto());
 
     delimitada.inicia(ui);
     ArchivosImportacion a82;
@@ -212,6 +255,18 @@ TEST_F(ImportacionFija, ElMismoClienteDelimitadoYFijoDaLosMismosLibros) {
     ui.decisiones = {DecisionInconsistencias::Continuar};
     ASSERT_EQ(EjecutaImportacion(fija.s, imp25, ArchivosFijos(fija)), ResultadoImportacion::Terminada);
 
+    libro.inicia(ui);
+    ArchivosImportacion a102;
+    a102.catalogo = libro.escribe("cat.xlsx", "");
+    prueba::EscribeLibro(a102.catalogo, HojaExcel(true));
+    a102.meses[0] = libro.escribe("ene.xls", "");
+    prueba::EscribeLibro(a102.meses[0], HojaExcel(false, "01"));
+    a102.meses[1] = libro.escribe("feb.xlsx", "");
+    prueba::EscribeLibro(a102.meses[1], HojaExcel(false, "02"));
+    ImportadorExcelColumnas imp102(LecturaExcelDelCliente(), false);
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ASSERT_EQ(EjecutaImportacion(libro.s, imp102, a102), ResultadoImportacion::Terminada);
+
     for (const char* sql : {"SELECT * FROM Cuentas ORDER BY Cuenta", "SELECT * FROM Polizas ORDER BY IdPoliza",
                             "SELECT * FROM Balanzas ORDER BY Cuenta",
                             "SELECT IdPoliza, Partida, Cuenta, TipoMov, Importe FROM Polizas_Detalle "
@@ -219,9 +274,11 @@ TEST_F(ImportacionFija, ElMismoClienteDelimitadoYFijoDaLosMismosLibros) {
         auto filas = fija.tabla(sql);
         EXPECT_FALSE(filas.empty()) << sql;
         EXPECT_EQ(filas, delimitada.tabla(sql)) << sql;
+        EXPECT_EQ(libro.tabla(sql), delimitada.tabla(sql)) << sql;
     }
     const std::string referencias = "SELECT Referencia FROM Polizas_Detalle ORDER BY IdPoliza, Partida";
     auto ref82 = delimitada.tabla(referencias), ref25 = fija.tabla(referencias);
+    EXPECT_EQ(libro.tabla(referencias), ref82);
     ASSERT_EQ(ref82.size(), kLineas.size());
     ASSERT_EQ(ref25.size(), kLineas.size());
     for (size_t i = 0; i < kLineas.size(); ++i) {
