@@ -1,7 +1,7 @@
 // Link 102 through the whole run: a year with its closing month posted to
-// C13/A13 and a re-import of it that finds nothing new, a voucher row that
-// cannot be read ending the run with the company untouched, and the command
-// line from the saved layout to the run, with one voucher file for the year.
+// C13/A13 and a re-import of it that finds nothing new, and the command line
+// from the saved layout to the run, with one voucher file for the year, and
+// to the prior-year balances.
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,6 @@
 #include "importers/excel_columnas/LibroPrueba.h"
 #include "pipeline/Importacion.h"
 #include "session/Inicio.h"
-#include "session/ProgramaTerminado.h"
 #include "store/AltaBase.h"
 #include "support/Entorno.h"
 
@@ -44,7 +43,6 @@ public:
         return carpeta_ + nombre;
     }
     std::string valor(const std::string& sql) { return s.DbEmpresa->escalar(sql).texto(); }
-    std::string archivoEmpresa() { return ArchivoEmpresa(s.RutaEmpresa, "ACME", 2025); }
 
     std::string base;
     Sesion s;
@@ -141,33 +139,6 @@ TEST_F(ImportacionExcel, ElMes13SePostaYUnaReimportacionNoReportaNada) {
     EXPECT_EQ(ui.conteos.size(), decisionesAntes) << "a re-import of the same year has nothing to decide";
     EXPECT_EQ(e.valor("SELECT COUNT(*) FROM Polizas WHERE Poliza_Mes13"), "1");
     EXPECT_EQ(e.valor("SELECT C13 FROM Balanzas WHERE Cuenta='4000101'"), "12030000");
-}
-
-// A second delivery with a date that cannot be read: the run ends naming the
-// file and row, and the company stays as the first import left it.
-TEST_F(ImportacionExcel, UnaFilaIlegibleTerminaLaCorridaSinTocarLaEmpresa) {
-    EmpresaExcel e(dir.texto());
-    e.inicia(ui);
-    ui.decisiones = {DecisionInconsistencias::Continuar};
-    ArchivosImportacion a = Anio(e);
-    {
-        ImportadorExcelColumnas imp(Lectura(), false);
-        ASSERT_EQ(EjecutaImportacion(e.s, imp, a), ResultadoImportacion::Terminada);
-    }
-    HojaLibro marzo = Mes(3);
-    marzo.push_back({N(9), T("Dr"), T("31-DEC-2025"), N(1000101), T("Mal"), N(1), N(0)});
-    e.libro("pol3.xls", marzo);
-    e.inicia(ui);
-    const std::string antes = ContenidoEmpresaSinHistorial(e.archivoEmpresa());
-    ui.mensajes.clear();
-    ImportadorExcelColumnas imp(Lectura(), false);
-    EXPECT_THROW(EjecutaImportacion(e.s, imp, a), ProgramaTerminado);
-    ASSERT_GE(ui.mensajes.size(), 2u);
-    EXPECT_NE(ui.mensajes[0].texto.find(a.meses[2] + ", fila 4"), std::string::npos) << ui.mensajes[0].texto;
-    EXPECT_EQ(ui.mensajes.back().texto, "Error al leer la fila: 4\r");
-    e.s.DbEmpresa.reset();
-    e.s.DbEmpresas.reset();
-    EXPECT_EQ(ContenidoEmpresaSinHistorial(e.archivoEmpresa()), antes);
 }
 
 // The command line: the layout saved by columns, the year as one file with

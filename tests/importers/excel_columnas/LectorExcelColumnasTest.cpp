@@ -1,7 +1,7 @@
 // The workbook readers against sheets written as .xlsx and .xls: the
 // header row, the title flag, blank rows, accounts delivered as numbers,
 // dates with a time of day, the closing month, the English month words and
-// the rows that stop a run.
+// the rows that stop a run with the sheet's rows rolled back.
 
 #include <gtest/gtest.h>
 
@@ -262,13 +262,4 @@ TEST_F(LecturaExcel_, SaldosInicialesYDelAnioAnterior) {
               std::vector<std::string>{"La Cuenta 200 no existe, contiene el saldo final del año anterior y será "
                                        "agregará al catalogo actual|O|200"});
     EXPECT_EQ(progreso.etiquetas.back(), "Importando Saldos del Año Anterior Final ");
-}
-
-// The preview: a column per column of the sheet, every row under the header.
-TEST_F(LecturaExcel_, VistaPrevia) {
-    VistaPrevia v = VistaPreviaExcel(
-        Libro("v.xlsx", {{T("Cuenta"), T("Nombre"), T("Fecha")}, {N(1000101), T("Caja")}, {}, {V(), V(), F(2025, 1, 2, 3, 4)}}));
-    EXPECT_EQ(v.columnas, (std::vector<std::string>{"Columna 1", "Columna 2", "Columna 3"}));
-    EXPECT_EQ(v.filas, (std::vector<std::vector<std::string>>{
-                           {"1000101", "Caja", ""}, {"", "", ""}, {"", "", "02/01/2025 03:04:00"}}));
 }
