@@ -4,6 +4,7 @@
 #include "app/frm022TxtPersonalizado.h"
 #include "app/frm000ImportadorReporte.h"
 #include "app/frm082TextoGenericoSeparado.h"
+#include "app/frm014ImportarCOI70.h"
 #include "importers/Descriptor.h"
 #include "importers/reportes/ImportadorReporte.h"
 
@@ -22,6 +23,9 @@ std::map<int, FabricaFormulario>& Registro() {
     static std::map<int, FabricaFormulario> registro = {
         {25, Fabrica<frm022TxtPersonalizado>()},
         {82, Fabrica<frm082TextoGenericoSeparado>()},
+        {129, [](Sesion& s, QWidget* padre) -> std::unique_ptr<QDialog> {
+             return std::make_unique<frm014ImportarCOI70>(s, *BuscaImportador(129), padre);
+         }},
     };
     return registro;
 }
