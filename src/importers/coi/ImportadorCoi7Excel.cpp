@@ -5,6 +5,7 @@
 #include "importers/Recorrido.h"
 #include "platform/Texto.h"
 #include "platform/fuentes/FuenteLibro.h"
+#include "platform/fuentes/FuenteTexto.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -114,35 +115,55 @@ void ImpSaldIniCoi7(Sesion& s, DestinoTmp& d, const std::string& ruta) {
     });
 }
 
-void ImportPolizasCOI7(Sesion& s, DestinoTmp& d, const std::string& ruta) {
-    RecorreHoja(s, ruta, "Importando el archivo de Pólizas", [&](const Fila& f) {
-        PolizaLeida p;
-        p.Poliza = f.campo(K.polNumero);
-        if (p.Poliza.empty()) return;
-        p.Tipo = CodigoTipoContaFiscal(f.campo(K.polTipo));
-        auto fecha = f[K.polFecha].comoFecha();
-        if (!fecha) fecha = LeeFecha(f.campo(K.polFecha));
-        if (!fecha) throw FalloFila("la fecha " + f.campo(K.polFecha) + " de la póliza " + p.Poliza + " no es válida");
-        p.Fecha = *fecha;
-        p.Concepto = f.campo(K.polConcepto);
-        EtiquetaProgreso(s, "leyendo póliza " + p.Poliza);
-        const long id = d.poliza(p);
+namespace {
 
-        PartidaLeida l;
-        std::string codigo = CuentaCoi7(s, f.campo(K.polCuenta));
-        if (codigo.empty()) return;
-        l.Cuenta = CuentaHastaNivel(s, codigo, CalculaNivelCuenta(s, codigo, true));
-        l.Referencia = f.campo(K.polReferencia);
-        const auto debe = ImporteCelda(f, K.polDebe), haber = ImporteCelda(f, K.polHaber);
-        if (debe && !debe->esCero()) {
-            l.TipoMov = "D";
-            l.Importe = *debe;
-        } else {
-            l.TipoMov = "H";
-            l.Importe = haber.value_or(Moneda{});
-        }
-        d.agregaPartida(id, l);
-    });
+// One voucher line of the export, a row of the workbook or a line of text.
+void LineaPolizaCoi7(Sesion& s, DestinoTmp& d, const Fila& f) {
+    PolizaLeida p;
+    p.Poliza = f.campo(K.polNumero);
+    if (p.Poliza.empty()) return;
+    p.Tipo = CodigoTipoContaFiscal(f.campo(K.polTipo));
+    auto fecha = f[K.polFecha].comoFecha();
+    if (!fecha) fecha = LeeFecha(f.campo(K.polFecha));
+    if (!fecha) throw FalloFila("la fecha " + f.campo(K.polFecha) + " de la póliza " + p.Poliza + " no es válida");
+    p.Fecha = *fecha;
+    p.Concepto = f.campo(K.polConcepto);
+    EtiquetaProgreso(s, "leyendo póliza " + p.Poliza);
+    const long id = d.poliza(p);
+
+    PartidaLeida l;
+    std::string codigo = CuentaCoi7(s, f.campo(K.polCuenta));
+    if (codigo.empty()) return;
+    l.Cuenta = CuentaHastaNivel(s, codigo, CalculaNivelCuenta(s, codigo, true));
+    l.Referencia = f.campo(K.polReferencia);
+    const auto debe = ImporteCelda(f, K.polDebe), haber = ImporteCelda(f, K.polHaber);
+    if (debe && !debe->esCero()) {
+        l.TipoMov = "D";
+        l.Importe = *debe;
+    } else {
+        l.TipoMov = "H";
+        l.Importe = haber.value_or(Moneda{});
+    }
+    d.agregaPartida(id, l);
+}
+
+}  // namespace
+
+void ImportPolizasCOI7(Sesion& s, DestinoTmp& d, const std::string& ruta) {
+    RecorreHoja(s, ruta, "Importando el archivo de Pólizas", [&](const Fila& f) { LineaPolizaCoi7(s, d, f); });
+}
+
+void ImportPolizasCOI7Texto(Sesion& s, DestinoTmp& d, const std::string& ruta) {
+    if (!ExisteArchivo(ruta)) {
+        const std::string mensaje = "No se pudo encontrar el archivo " + ruta;
+        MsgCritico(s, mensaje);
+        throw ErrorLectura(mensaje, ruta, 0);
+    }
+    FuenteTextoDelimitado fuente(ruta, ",", true);
+    ReglasRecorrido reglas{"Importando el archivo de Pólizas"};
+    reglas.titulos = K.filaInicial > 1;
+    reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
+    RecorreFilas(s, fuente, reglas, [&](const Fila& f) { LineaPolizaCoi7(s, d, f); });
 }
 
 // ------------------------------------------------------------ The importer
@@ -168,7 +189,10 @@ void ImportadorCoi7Excel::ImportaSaldosIniciales(Sesion& s, DestinoTmp& d, const
 }
 
 void ImportadorCoi7Excel::ImportaPolizas(Sesion& s, DestinoTmp& d, const ArchivosImportacion& a) {
-    ImportPolizasCOI7(s, d, a.ruta("polizas"));
+    if (polizasEnTexto_)
+        ImportPolizasCOI7Texto(s, d, a.ruta("polizas"));
+    else
+        ImportPolizasCOI7(s, d, a.ruta("polizas"));
 }
 
 void ImportadorCoi7Excel::confirmaPropio(Sesion& s, MomentoConfirmacion momento) {

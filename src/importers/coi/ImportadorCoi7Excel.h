@@ -46,11 +46,18 @@ void TrduceTiposContaFiscal(Sesion& s);
 void ImpCatCuentasCoi7(Sesion& s, DestinoTmp& d, const std::string& ruta);
 void ImpSaldIniCoi7(Sesion& s, DestinoTmp& d, const std::string& ruta);
 void ImportPolizasCOI7(Sesion& s, DestinoTmp& d, const std::string& ruta);
+/// The same vouchers exported as text (`optPolCSV`): the same columns split
+/// by commas, the first line of titles; a line that cannot be read says
+/// "Error al leer la línea: " and the line.
+void ImportPolizasCOI7Texto(Sesion& s, DestinoTmp& d, const std::string& ruta);
 
 class ImportadorCoi7Excel : public Importador {
 public:
     /// No link of its own; `idSistema` is the link a caller runs it under.
-    explicit ImportadorCoi7Excel(int idSistema) : id_(idSistema) {}
+    /// `polizasEnTexto`: the vouchers come as text (`optPolCSV`), not as a
+    /// workbook (`optPolXLS`).
+    explicit ImportadorCoi7Excel(int idSistema, bool polizasEnTexto = false)
+        : id_(idSistema), polizasEnTexto_(polizasEnTexto) {}
     int idSistema() const override { return id_; }
     TipoImportacion tipo() const override { return TipoImportacion::ArchivoUnico; }
     bool saldosInicialesAparte() const override { return true; }
@@ -62,6 +69,7 @@ public:
 
 private:
     int id_;
+    bool polizasEnTexto_;
 };
 
 }  // namespace velmorant

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <xlsxwriter.h>
 
+#include <fstream>
 #include <functional>
 
 #include "importers/coi/ImportadorCoi7Excel.h"
@@ -146,6 +147,29 @@ TEST_F(ImportacionCoi7Excel, UnaFechaIlegibleDiceArchivoYFila) {
     EXPECT_NE(todo.find("la fecha pendiente de la póliza 1 no es válida"), std::string::npos) << todo;
     EXPECT_NE(todo.find("Error al leer la fila: 3"), std::string::npos) << todo;
     EXPECT_EQ(s.DbEmpresa->escalar("SELECT COUNT(*) FROM Polizas").entero(), 0);
+}
+
+TEST_F(ImportacionCoi7Excel, LasPolizasEnTextoLeenLasMismasColumnas) {
+    const std::string ruta = dir.texto() + "polizas.csv";
+    std::ofstream(ruta) << "Tipo,Numero,Fecha,Concepto,Cuenta,Referencia,Debe,Haber\n"
+                           "Diario,1,15/01/2024,\"Venta\",100.01.01,F-1,300.10,\n"
+                           "Diario,1,15/01/2024,Venta,400.01.01,F-1,,300.10\n";
+    archivos.otros.erase("polizas");
+    archivos.fija("polizas", ruta);
+    ui.decisiones = {DecisionInconsistencias::Continuar};
+    ImportadorCoi7Excel imp(100, true);
+    ASSERT_EQ(EjecutaImportacion(s, imp, archivos), ResultadoImportacion::Terminada)
+        << (ui.mensajes.empty() ? "" : ui.mensajes.back().texto);
+    EXPECT_EQ(filas("SELECT p.Poliza || p.Tipo || ':' || d.TipoMov || ':' || d.Cuenta || ':' || d.Importe AS f "
+                    "FROM Polizas_Detalle d JOIN Polizas p ON p.IdPoliza = d.IdPoliza ORDER BY d.Partida"),
+              "1003:D:1000101:3001000 | 1003:H:4000101:3001000");
+
+    std::ofstream(ruta) << "Tipo,Numero,Fecha\nDiario,1,15/01/2024,Venta,100.01.01,F-1,tres,\n";
+    ImportadorCoi7Excel otra(100, true);
+    EXPECT_ANY_THROW(EjecutaImportacion(s, otra, archivos));
+    std::string todo;
+    for (auto& m : ui.mensajes) todo += m.texto + "\n";
+    EXPECT_NE(todo.find("Error al leer la línea: "), std::string::npos) << todo;
 }
 
 }  // namespace

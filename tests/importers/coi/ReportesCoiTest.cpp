@@ -10,6 +10,7 @@
 
 #include <fstream>
 
+#include "importers/reportes/DescripcionReporte.h"
 #include "platform/BaseDatos.h"
 #include "support/Entorno.h"
 
@@ -116,6 +117,26 @@ TEST_F(ReportesCoi, CatalogoYSaldosDebenLlevarElDelimitador) {
               std::string::npos)
         << r.salida;
     EXPECT_TRUE(PolizasDeLaEmpresa(base + "/2024_COI/COI_2024.sqlite").empty());
+}
+
+// A condition at a learnt column: only with texto, numerico or caracter,
+// and only on a column some heading learns.
+TEST(DescripcionReporteCoi, LasCondicionesEnColumnaSeRevisanAlCargar) {
+    const std::string titulos = "enlace = 900\n[[linea]]\nclase = \"titulos\"\naprende = { Numero = \"Número\" }\n";
+    auto carga = [&](const std::string& condicion) {
+        return CargaDescripcionDeTexto(titulos + "[[linea]]\nclase = \"encabezado\"\ncuando = [ " + condicion +
+                                           " ]\nnumero = { en = 1, largo = 3 }\nfecha = { en = 5, largo = 10 }\n"
+                                           "[[linea]]\nclase = \"partida\"\ncuenta = { en = 1, largo = 9 }\n"
+                                           "debe = { en = 20, largo = 9 }\nhaber = { en = 30, largo = 9 }\n",
+                                       "x.toml");
+    };
+    auto d = carga("{ columna = \"Numero\", numerico = [-1, 6] }");
+    ASSERT_EQ(d.lineas.size(), 3u);
+    EXPECT_EQ(d.lineas[1].cuando[0].columna, "Numero");
+    EXPECT_EQ(d.lineas[1].cuando[0].en, -1);
+    EXPECT_THROW(carga("{ columna = \"Numero\", contiene = \"x\" }"), ErrorDescripcion);
+    EXPECT_THROW(carga("{ columna = \"Fecha\", caracter = [2, \"/\"] }"), ErrorDescripcion);
+    EXPECT_THROW(carga("{ numerico = [-1, 6] }"), ErrorDescripcion);
 }
 
 }  // namespace
