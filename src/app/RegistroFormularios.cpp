@@ -5,6 +5,7 @@
 #include "app/frm000ImportadorReporte.h"
 #include "app/frm082TextoGenericoSeparado.h"
 #include "app/frm099TextoExcelGenerico.h"
+#include "app/frm014ImportarCOI70.h"
 #include "importers/Descriptor.h"
 #include "importers/reportes/ImportadorReporte.h"
 
@@ -24,6 +25,9 @@ std::map<int, FabricaFormulario>& Registro() {
         {25, Fabrica<frm022TxtPersonalizado>()},
         {82, Fabrica<frm082TextoGenericoSeparado>()},
         {102, Fabrica<frm099TextoExcelGenerico>()},
+        {129, [](Sesion& s, QWidget* padre) -> std::unique_ptr<QDialog> {
+             return std::make_unique<frm014ImportarCOI70>(s, *BuscaImportador(129), padre);
+         }},
     };
     return registro;
 }

@@ -4,6 +4,8 @@
 
 #include "importers/Descriptor.h"
 #include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
+#include "importers/coi/ImportadorCoi35.h"
+#include "importers/coi/ImportadorCoiFirebird.h"
 #include "importers/reportes/ImportadorReporte.h"
 #include "importers/quorvel/ImportadorQuorvel.h"
 #include "importers/softex/ImportadorSoftex.h"
@@ -22,6 +24,8 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
         DescriptorQuorvel4(),
         DescriptorQuorvel5(),
         DescriptorExcelColumnas(),
+        DescriptorCoiFirebird(),
+        DescriptorCoi35(),
     };
     for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });

@@ -151,15 +151,24 @@ public:
     Condicion condicion(const toml::node& n) {
         const toml::table& t = tabla(n, "cada condición de cuando");
         soloClaves(t, {"en", "largo", "texto", "contiene", "empieza", "numerico", "caracter", "decimal",
-                       "poliza_abierta", "aprendidas", "sin_aprender", "no", "alguna", "todas"},
+                       "poliza_abierta", "aprendidas", "sin_aprender", "no", "alguna", "todas", "columna"},
                    "una condición");
         Condicion c;
+        // Positions relative to a learnt column may stand before it.
+        auto* columna = t.get("columna");
+        const int minimo = columna ? -1000 : 1;
+        if (columna) {
+            if (!t.contains("texto") && !t.contains("numerico") && !t.contains("caracter"))
+                falla(*columna, "columna sólo acompaña a texto, numerico o caracter en una condición");
+            c.columna = texto(*columna, "columna");
+            columnasUsadas_.push_back({c.columna, static_cast<long>(columna->source().begin.line)});
+        }
         int tipos = 0;
         auto tipo = [&](Condicion::Tipo t) { c.tipo = t, ++tipos; };
         if (auto* x = t.get("texto")) {
             auto* en = t.get("en");
             if (!en) falla(*x, "texto necesita en = posición");
-            c.en = entero(*en, "en", 1);
+            c.en = entero(*en, "en", minimo);
             c.textos = {texto(*x, "texto")};
             if (c.textos[0].empty()) falla(*x, "texto no puede ser vacío");
             if (auto* l = t.get("largo")) {
@@ -176,13 +185,13 @@ public:
         if (auto* x = t.get("numerico")) {
             auto* a = x->as_array();
             if (!a || a->size() != 2) falla(*x, "numerico debe ser [posición, largo]");
-            c.en = entero((*a)[0], "numerico", 1), c.largo = entero((*a)[1], "numerico", 1);
+            c.en = entero((*a)[0], "numerico", minimo), c.largo = entero((*a)[1], "numerico", 1);
             tipo(Condicion::Tipo::Numerico);
         }
         if (auto* x = t.get("caracter")) {
             auto* a = x->as_array();
             if (!a || a->size() != 2) falla(*x, "caracter debe ser [posición, \"caracteres\"]");
-            c.en = entero((*a)[0], "caracter", 1), c.textos = {texto((*a)[1], "caracter")};
+            c.en = entero((*a)[0], "caracter", minimo), c.textos = {texto((*a)[1], "caracter")};
             if (c.textos[0].empty()) falla(*x, "caracter necesita al menos un carácter");
             tipo(Condicion::Tipo::Caracter);
         }
@@ -296,7 +305,13 @@ public:
     DescripcionReporte lee(const toml::table& raiz) {
         DescripcionReporte d;
         d.ruta = ruta_;
-        soloClaves(raiz, {"enlace", "nombre", "formulario", "filtro", "polizas", "linea"}, "la descripción");
+        soloClaves(raiz, {"enlace", "nombre", "formulario", "filtro", "polizas", "catalogo", "linea"},
+                   "la descripción");
+        if (auto* x = raiz.get("catalogo")) {
+            const toml::table& c = tabla(*x, "catalogo");
+            soloClaves(c, {"exige_delimitador"}, "[catalogo]");
+            if (auto* a = c.get("exige_delimitador")) d.catalogoDelimitado = logico(*a, "exige_delimitador");
+        }
         auto* enlace = raiz.get("enlace");
         if (!enlace) throw ErrorDescripcion(ruta_, 1, "falta enlace = número del enlace");
         d.enlace = entero(*enlace, "enlace", 1);

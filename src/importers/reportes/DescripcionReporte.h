@@ -79,6 +79,9 @@ struct Condicion {
     };
     Tipo tipo = Tipo::Texto;
     int en = 0, largo = 0, desde = 0, hasta = 0;
+    /// Texto, TextoRecortado, Numerico and Caracter: `en` counts from the
+    /// position learnt for this column (0: at it); an unknown column fails.
+    std::string columna;
     bool valor = true;
     std::vector<std::string> textos;
     std::vector<Condicion> hijas;
@@ -142,6 +145,9 @@ struct DescripcionReporte {
     /// Month 13 (closing vouchers): every voucher is dated 31/12 of the
     /// fiscal year and marked as of month 13.
     bool mes13 = false;
+    /// Every line of the chart and balance files must hold the delimiter
+    /// (LecturaDelimitada::exigeDelimitador).
+    bool catalogoDelimitado = false;
     std::vector<ReglaLinea> lineas;
 };
 

@@ -6,6 +6,7 @@
 
 #include "importers/RegistroSistemas.h"
 #include "importers/reportes/LectorReporte.h"
+#include "importers/texto_delimitado/DelimitadorArchivo.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "platform/Ajustes.h"
 #include "session/Funciones.h"
@@ -22,7 +23,7 @@ namespace {
 // misses a client's real layout would read nothing from it without a word.
 // They stay unreleased until a real report of each confirms them;
 // `reporte probar` tries them on a client's file meanwhile.
-constexpr int kEnlacesReporte[] = {76, 98};
+constexpr int kEnlacesReporte[] = {2, 76, 98, 100};
 
 }  // namespace
 
@@ -105,8 +106,22 @@ DescriptorImportador DescriptorReporte(int idSistema) {
     d.selectorMes = {"Búsqueda del Archivo de Pólizas del mes de ", filtro, kClavePolizasMes};
     d.casillas = CasillasLecturaDelimitada();
     d.parametros = ParametrosLecturaDelimitada();
-    // The chart and balances are delimited text; the reports are not.
-    d.verificaEntradas = [](const ArchivosImportacion& a) { VerificaDelimitador(a, false); };
+    // The chart and balances are delimited text; the reports are not. Where
+    // every line must hold the delimiter, a line without it is named in the
+    // link's own words.
+    const bool exigeDelimitador = descrita != cargadas.porEnlace.end() && descrita->second.catalogoDelimitado;
+    d.verificaEntradas = [exigeDelimitador](const ArchivosImportacion& a) {
+        if (exigeDelimitador) {
+            const std::string separador = SeparadorElegido(a);
+            for (const auto& ruta : {a.catalogo, a.saldosIniciales})
+                if (!ruta.empty() && !separador.empty())
+                    if (long linea = LineaSinDelimitador(ruta, separador))
+                        throw ParametroInvalido(ruta + ", no está delimitado con el caracter: ( " + separador +
+                                                " )\nLa línea " + std::to_string(linea) +
+                                                " no lo contiene; revise --separador o --tabulador.");
+        }
+        VerificaDelimitador(a, false);
+    };
     d.crea = [idSistema](Sesion& s, const ArchivosImportacion& a) -> std::unique_ptr<Importador> {
         const auto& todas = Descripciones();
         auto it = todas.porEnlace.find(idSistema);

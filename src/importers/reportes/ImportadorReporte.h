@@ -46,7 +46,9 @@ const DescripcionesReportes& Descripciones();
 class ImportadorReporte : public Importador {
 public:
     ImportadorReporte(const DescripcionReporte& descripcion, LecturaDelimitada catalogo)
-        : d_(descripcion), catalogo_(std::move(catalogo)) {}
+        : d_(descripcion), catalogo_(std::move(catalogo)) {
+        catalogo_.exigeDelimitador = catalogo_.exigeDelimitador || d_.catalogoDelimitado;
+    }
 
     int idSistema() const override { return d_.enlace; }
     TipoImportacion tipo() const override { return TipoImportacion::MesPorMes; }

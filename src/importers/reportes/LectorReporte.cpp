@@ -111,11 +111,19 @@ LectorReporte::LectorReporte(Sesion& s, const DescripcionReporte& d, DestinoRepo
 
 bool LectorReporte::cumple(const Condicion& c, const Linea& l) const {
     using T = Condicion::Tipo;
+    // The position, from a learnt column when the condition names one.
+    int en = c.en;
+    if (!c.columna.empty()) {
+        auto it = columnas_.find(c.columna);
+        if (it == columnas_.end()) return false;
+        en += it->second;
+        if (en < 1) return false;
+    }
     switch (c.tipo) {
         case T::Texto:
-            return l.medio(c.en, static_cast<int>(LongitudCaracteres(c.textos[0]))) == c.textos[0];
+            return l.medio(en, static_cast<int>(LongitudCaracteres(c.textos[0]))) == c.textos[0];
         case T::TextoRecortado:
-            return RecortaEspacios(l.medio(c.en, c.largo)) == c.textos[0];
+            return RecortaEspacios(l.medio(en, c.largo)) == c.textos[0];
         case T::Contiene:
             for (auto& t : c.textos)
                 if (l.busca(t)) return true;
@@ -128,11 +136,11 @@ bool LectorReporte::cumple(const Condicion& c, const Linea& l) const {
             return false;
         }
         case T::Numerico: {
-            std::string t = RecortaEspacios(l.medio(c.en, c.largo));
+            std::string t = RecortaEspacios(l.medio(en, c.largo));
             return !t.empty() && EsNumerico(t);
         }
         case T::Caracter: {
-            std::string ch = l.medio(c.en, 1);
+            std::string ch = l.medio(en, 1);
             return !ch.empty() && ch != " " && c.textos[0].find(ch) != std::string::npos;
         }
         case T::Decimal: {

@@ -1,5 +1,7 @@
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
 
+#include <algorithm>
+
 #include "importers/Limpieza.h"
 #include "importers/texto_delimitado/DelimitadorArchivo.h"
 #include "importers/Recorrido.h"
@@ -29,6 +31,14 @@ void ExisteOFalla(Sesion& s, const std::string& ruta) {
     const std::string mensaje = "No se pudo encontrar el archivo " + ruta;
     MsgCritico(s, mensaje);
     throw ErrorLectura(mensaje, ruta, 0);
+}
+
+// A line that must be split by the delimiter and is not: the reading stops.
+void ExigeDelimitador(Sesion& s, const std::string& ruta, const LecturaDelimitada& l, const Fila& fila) {
+    if (!l.exigeDelimitador || fila.celdas.size() > 1) return;
+    const std::string mensaje = ruta + ", no está delimitado con el caracter: ( " + l.separador + " )";
+    MsgCritico(s, mensaje);
+    throw ErrorLectura(mensaje, ruta, fila.numero);
 }
 
 void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const Fila& fila, Movimiento& mov) {
@@ -108,6 +118,7 @@ void ImportaCatalogoTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, con
     FuenteTextoDelimitado fuente(ruta, l.separador, true);
     const EstructuraDatosTxt& c = l.config;
     RecorreFilas(s, fuente, {"Importando Catálogo de Cuentas ...", l.Titulos}, [&](const Fila& fila) {
+        ExigeDelimitador(s, ruta, l, fila);
         CuentaLeida r;
         std::string cuenta = LimpiaCuenta(s, fila.campo(c.PIniCuenta), OrdenLimpieza::SeparadorYRelleno, true);
         std::string ctaAcum = fila.campo(c.PIniCtaAcum);
@@ -135,7 +146,15 @@ void ImportaSaldosInicialesTexto(Sesion& s, DestinoTmp& d, const std::string& ru
     // This reader keeps the double quotes.
     FuenteTextoDelimitado fuente(ruta, l.separador, false);
     const EstructuraDatosTxt& c = l.config;
+    const size_t minimos = static_cast<size_t>(std::max(c.PIniCtaSdoAnt, c.PIniSdoIni));
     RecorreFilas(s, fuente, {"Importando Saldos Iniciales ...", l.Titulos}, [&](const Fila& fila) {
+        ExigeDelimitador(s, ruta, l, fila);
+        if (l.exigeDelimitador && fila.celdas.size() < minimos) {
+            const std::string mensaje =
+                ruta + ", no contiene los campos mínimos necesarios para la importación de los Saldos iniciales.";
+            MsgCritico(s, mensaje);
+            throw ErrorLectura(mensaje, ruta, fila.numero);
+        }
         std::string cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaSdoAnt), OrdenLimpieza::SeparadorYRelleno, true);
         int nivel = 0;
         ReglaLongitudCompleta(s, cuenta, nivel);

@@ -28,6 +28,14 @@ struct LecturaDelimitada {
     std::string separador = "^";
     bool Titulos = true;
     EstructuraDatosTxt config;
+    /// Charts and balances that must be split by the delimiter on every
+    /// line (those of the COI reports): a chart or balance line without it
+    /// says the file, ", no está delimitado con el caracter: ( " the
+    /// delimiter " )" and stops the reading; a balance line with fewer parts
+    /// than the columns the layout reads stops it with ", no contiene los
+    /// campos mínimos necesarios para la importación de los Saldos
+    /// iniciales.".
+    bool exigeDelimitador = false;
 };
 
 /// The amount and direction of a voucher line. They live across the lines

@@ -344,6 +344,106 @@ def magic():
     delimitado("101_magic_ene.polizas.txt", lambda n: "%06d" % n, tipos)
 
 
+# ------------------------------------------------------------ link 2, COI 5
+# The amount columns by the positions of "Debe" and "Haber" in the heading
+# that starts with "No. de cuenta"; amounts right-aligned under them. Head:
+# "Póliza" in the first 7 characters, type (2) at 12, number (6) at 18, date
+# (9) at 35, concept from 57. A line: the account as long as the format at
+# 1, its reference from 76. A page that carries on a voucher ends with
+# "CONTINUA EN EL FOLIO" and repeats the head.
+
+def coi50():
+    tipos = ["Dr", "Ig", "Eg"]
+    salida, hoja = [], [0]
+
+    def titulos():
+        hoja[0] += 1
+        salida.append(en("\fCOMPAÑIA DEMO, S.A. DE C.V.", 70, "Folio: %d" % hoja[0]))
+        salida.append("Pólizas del mes de Enero de 2024")
+        salida.append(en(en(en("No. de cuenta", 16, "Nombre de la cuenta"), 50, "Debe"), 65, "Haber") + "      Referencia")
+        salida.append("-" * 100)
+
+    def cabeza(n, t, dia, concepto):
+        l = en(en(en("Póliza", 12, tipos[t]), 18, "%6d" % n), 35, "%02d/Ene/24" % dia)
+        salida.append(en(l, 57, concepto))
+
+    titulos()
+    renglones = 0
+    for n, t, dia, concepto, partidas in POLIZAS:
+        cabeza(n, t, dia, concepto)
+        for cta, debe, haber, ref in partidas:
+            if renglones and renglones % 6 == 0:
+                salida.append(en("", 40, "CONTINUA EN EL FOLIO %d" % (hoja[0] + 1)))
+                titulos()
+                cabeza(n, t, dia, concepto)
+            l = en(cta[:3] + "-" + cta[3:5] + "-" + cta[5:], 16, campo("Cuenta " + cta[:3], 25))
+            if debe:
+                l = en(l, 54 - len(debe), debe)
+            if haber:
+                l = en(l, 70 - len(haber), haber)
+            salida.append(en(l, 76, ref))
+            renglones += 1
+        salida.append(en(en("", 45, "-" * 9), 61, "-" * 9))
+        total = en(en("Total de la póliza", 54 - len(suma(partidas, 1)), suma(partidas, 1)),
+                   70 - len(suma(partidas, 2)), suma(partidas, 2))
+        salida.append(total)
+    escribe("002_coi50_ene.txt", salida, "cp1252")
+    delimitado("002_coi50_ene.polizas.txt", lambda n: str(n), tipos)
+
+
+# ------------------------------------------------------------ link 100, COI 6
+# Every position comes from the heading, which moves between versions: the
+# line with the number's heading ("Número", or "N?mero" and "Nzmero" as
+# other code pages leave it) gives "Tipo", the number, the first "Fecha" and
+# "Concepto de la p"; the line with "Debe" and "Haber" gives those and
+# "Concepto del movimiento". A head: a number under its heading. Amounts
+# by their decimal point near their heading; "Totales:" closes a voucher.
+
+def coi60():
+    tipos = ["Dr", "Ig", "Eg"]
+    numeros = ["Número", "N?mero", "Nzmero"]
+    salida, hoja = [], [0]
+
+    def titulos():
+        hoja[0] += 1
+        # Each page prints its heading with the columns a little moved.
+        d = hoja[0] - 1
+        salida.append(en("\fEMPRESA DEMO COI 6", 80, "Hoja: %d" % hoja[0]))
+        salida.append(en(en(en(en("", 3 + d, "Tipo"), 9 + d, numeros[d % 3]), 17 + d, "Fecha"),
+                         30 + d, "Concepto de la póliza"))
+        salida.append(en(en(en("No. de cuenta", 15 + d, "Concepto del movimiento"), 52 + d, "Debe"), 68 + d, "Haber"))
+        salida.append("=" * 90)
+        return d
+
+    def cabeza(d, n, t, dia, concepto):
+        l = en(en(en(en("", 3 + d, tipos[t]), 9 + d, "%d" % n), 17 + d, fecha(dia)), 30 + d, concepto)
+        salida.append(l)
+
+    d = titulos()
+    renglones = 0
+    for n, t, dia, concepto, partidas in POLIZAS:
+        cabeza(d, n, t, dia, concepto)
+        for cta, debe, haber, ref in partidas:
+            if renglones and renglones % 5 == 0:
+                salida.append(en("", 40, "CONTINUA EN EL FOLIO %d" % (hoja[0] + 1)))
+                d = titulos()
+                cabeza(d, n, t, dia, concepto)
+            l = en(cta[:3] + "-" + cta[3:5] + "-" + cta[5:], 15 + d, campo(ref, 30))
+            if debe:
+                l = en(l, 56 + d - len(debe), debe)
+            if haber:
+                l = en(l, 73 + d - len(haber), haber)
+            salida.append(l)
+            renglones += 1
+        total = en(en(en("", 30, "Totales:"), 56 + d - len(suma(partidas, 1)), suma(partidas, 1)),
+                   73 + d - len(suma(partidas, 2)), suma(partidas, 2))
+        salida.append(total)
+        salida.append("")
+    salida.append(en("", 20, "Total de la póliza y del mes"))
+    escribe("100_coi60_ene.txt", salida, "cp1252")
+    delimitado("100_coi60_ene.polizas.txt", lambda n: str(n), tipos)
+
+
 def catalogo():
     filas = ["Cuenta|Descripcion|Naturaleza|Nivel|Saldo"]
     for cta, nombre, nat, nivel, saldo in CATALOGO:
@@ -359,3 +459,5 @@ if __name__ == "__main__":
     starcon()
     proscai()
     magic()
+    coi50()
+    coi60()
