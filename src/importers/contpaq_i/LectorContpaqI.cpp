@@ -165,6 +165,10 @@ void ImportaCatalogoContpaqI(Sesion& s, DestinoTmp& d, const std::string& ruta) 
         const std::string tipo = Campo(c, linea, "tipo");
         r.Naturaleza = tipo.empty() ? "" : naturalezas.busca(tipo);
         d.agregaCuenta(r);
+        // A type without a nature is said rather than guessed.
+        if (r.Naturaleza->empty())
+            RegistraInconsistencia(s, "La Cuenta " + r.CuentaSinSeparadores + " no tiene asignada Naturaleza.",
+                                   kFuenteCatalogo, "O", "", "", std::nullopt, r.CuentaSinSeparadores);
     });
 }
 

@@ -190,8 +190,10 @@ TEST_F(ImportacionContpaqI, LaBalanzaDaLosSaldosInicialesYLaDelAnioAnteriorSusSa
     EXPECT_EQ(filas("SELECT Cuenta || ' ' || SaldoInicial AS f FROM Balanzas WHERE Cuenta IN ('1000101', '1000102', "
                     "'4000101') ORDER BY Cuenta"),
               "1000101 10000000 | 1000102 0 | 4000101 -2505000");
-    // An account type with no nature is said, not guessed.
-    EXPECT_EQ(bitacora("Referencia LIKE '%Naturaleza%'"), "La Cuenta 1000102 no tiene asignada Naturaleza. [|1000102]");
+    // An account type with no nature is said, not guessed, by the chart and by the balance.
+    EXPECT_EQ(bitacora("Referencia LIKE '%Naturaleza%'"),
+              "La Cuenta 1000102 no tiene asignada Naturaleza. [|1000102]\n"
+              "La Cuenta 1000102 no tiene asignada Naturaleza. [|1000102]");
 
     ImportadorContpaqI imp(36, {});
     ui.decisiones = {DecisionInconsistencias::Continuar};
@@ -236,6 +238,38 @@ TEST_F(ImportacionContpaqI, LasReferenciasNuevasLlegaALaCedulaUnaLineaPorRenglon
     ActualizaReferenciasMes(s, 1);
     EXPECT_EQ(filas("SELECT Referencia AS f FROM CedAnalitica ORDER BY IdCedAnalitica"),
               "A-nueva | B-nueva | sobra | sin-poliza | D-nueva");
+}
+
+TEST_F(ImportacionContpaqI, ConReferenciasActualizadasElTrabajoDeRevisionSigueASuPartida) {
+    auto venta = [](const std::string& a, const std::string& b) {
+        return std::vector<std::string>{Poliza("20250110", "Ig", "1", "Venta"), Movimiento("1000101", a, "0", "100.00", ""),
+                                        Movimiento("1000101", b, "0", "100.00", ""),
+                                        Movimiento("4000101", "C", "1", "200.00", "")};
+    };
+    ASSERT_EQ(Importa(95, venta("A-vieja", "B-vieja")), ResultadoImportacion::Terminada);
+    // Every movement of the bank is in the schedule, each with its review.
+    BaseDatos& db = *s.DbEmpresa;
+    db.ejecuta("INSERT INTO CedAnaliticaMaster (IdCriterio, CtaIntegracion) VALUES (4, '1000101')");
+    for (auto [partida, obs] : {std::pair{1, "uno"}, std::pair{2, "dos"}})
+        db.ejecuta("INSERT INTO CedAnalitica (IdCriterio, IdPoliza, Poliza, Tipo, Fecha, Cuenta, Referencia, TipoMov, "
+                   "Importe, Observaciones, VerObs) SELECT 4, d.IdPoliza, p.Poliza, p.Tipo, p.Fecha, d.Cuenta, "
+                   "d.Referencia, d.TipoMov, d.Importe, ?, 0 FROM Polizas p JOIN Polizas_Detalle d ON d.IdPoliza = "
+                   "p.IdPoliza WHERE d.Partida = ?",
+                   obs, partida);
+    auto cedula = [&] {
+        return filas("SELECT Referencia || ' (' || ifnull(Observaciones, '') || ')' AS f FROM CedAnalitica "
+                     "ORDER BY Referencia");
+    };
+
+    // The client renamed both references: refreshed in the commit, the
+    // schedule finds its two equal movements again, each with its own work.
+    ASSERT_EQ(Importa(95, venta("A-nueva", "B-nueva"), {"actualiza-referencia"}), ResultadoImportacion::Terminada)
+        << bitacora();
+    EXPECT_EQ(cedula(), "A-nueva (uno) | B-nueva (dos)");
+
+    // Without the refresh the same change loses them.
+    ASSERT_EQ(Importa(95, venta("A-3", "B-3")), ResultadoImportacion::ConPerdidas);
+    EXPECT_EQ(cedula(), "A-3 () | B-3 ()");
 }
 
 // ------------------------------------------------------------ Command line

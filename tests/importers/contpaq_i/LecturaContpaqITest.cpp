@@ -48,13 +48,10 @@ TEST(LecturaContpaqI, UnaLineaConTabuladorSeLeePorSusMarcas) {
     EXPECT_FALSE(LeeImporteMovimiento("M1 1000101\tF-1 sin marca"));
 }
 
-TEST(LecturaContpaqI, ColumnasYTextos) {
+TEST(LecturaContpaqI, LasColumnasCuentanCaracteres) {
     const std::string linea = En({{1, "C"}, {4, "1000101"}, {35, "Compañía"}}) + "  x";
     EXPECT_EQ(Campo(DisenoCuenta(), linea, "nombre"), "Compañía  x");
     EXPECT_EQ(Columnas("añob", 2, 3), "ño");
     EXPECT_EQ(Columnas("ab", 3, 0), "");
     EXPECT_EQ(Marca("M"), "M ");
-    EXPECT_EQ(TextoMovimiento("A", "B"), "A - B");
-    EXPECT_EQ(TextoMovimiento("A", ""), "A");
-    EXPECT_EQ(TextoMovimiento("", "B"), "B");
 }
