@@ -40,7 +40,16 @@ private slots:
         QVERIFY(f->tboBase);
         for (const char* control : {"chkIncluirUUID", "chkReplicaConceptos", "chkActualizaRef", "chkTipo01", "chkTipo12"})
             QVERIFY2(f->findChild<QCheckBox*>(control), control);
-        QVERIFY(f->findChild<QCheckBox*>("chkTipo01")->isChecked());
+        // The two codings of the movement kind are one choice.
+        auto* tipo01 = f->findChild<QCheckBox*>("chkTipo01");
+        auto* tipo12 = f->findChild<QCheckBox*>("chkTipo12");
+        QVERIFY(tipo01->isChecked());
+        tipo12->click();
+        QVERIFY(tipo12->isChecked() && !tipo01->isChecked());
+        tipo12->click();
+        QVERIFY(tipo12->isChecked());
+        QVERIFY(f->Archivos().casilla("tipo-12") && !f->Archivos().casilla("tipo-01"));
+        tipo01->click();
         QCOMPARE(f->findChild<QCheckBox*>("chkIncluirUUID")->text(), QString("Incorporar UUID del archivo de Pólizas."));
         GuardaCaptura(f.get(), "importador_contpaqi_mejorado");
 
