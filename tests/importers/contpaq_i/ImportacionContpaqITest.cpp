@@ -62,12 +62,12 @@ protected:
     }
 
     ResultadoImportacion Importa(int enlace, const std::vector<std::string>& polizas,
-                                 const std::set<std::string>& casillas = {}) {
+                                 const std::set<std::string>& casillas = {}, const OpcionesEjecucion& opciones = {}) {
         Escribe(archivos.ruta("polizas"), polizas);
         archivos.casillas = casillas;
         ui.decisiones = {DecisionInconsistencias::Continuar};
         ImportadorContpaqI imp(enlace, OpcionesDe(archivos));
-        return EjecutaImportacion(s, imp, archivos);
+        return EjecutaImportacion(s, imp, archivos, opciones);
     }
 
     std::string filas(const std::string& sql) {
@@ -260,6 +260,14 @@ TEST_F(ImportacionContpaqI, ConReferenciasActualizadasElTrabajoDeRevisionSigueAS
         return filas("SELECT Referencia || ' (' || ifnull(Observaciones, '') || ')' AS f FROM CedAnalitica "
                      "ORDER BY Referencia");
     };
+
+    // A commit that fails at its very end leaves the schedule as it was.
+    OpcionesEjecucion rompe;
+    rompe.antesDePaso = [](const std::string& paso) {
+        if (paso == "confirmación") throw std::runtime_error("disco lleno");
+    };
+    ASSERT_EQ(Importa(95, venta("A-nueva", "B-nueva"), {"actualiza-referencia"}, rompe), ResultadoImportacion::Fallida);
+    EXPECT_EQ(cedula(), "A-vieja (uno) | B-vieja (dos)");
 
     // The client renamed both references: refreshed in the commit, the
     // schedule finds its two equal movements again, each with its own work.
