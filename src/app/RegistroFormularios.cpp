@@ -2,6 +2,7 @@
 
 #include "app/frm000ImportadorDescrito.h"
 #include "app/frm022TxtPersonalizado.h"
+#include "app/frm033ImportarContPaqIB.h"
 #include "app/frm000ImportadorReporte.h"
 #include "app/frm082TextoGenericoSeparado.h"
 #include "app/frm099TextoExcelGenerico.h"
@@ -28,6 +29,7 @@ std::map<int, FabricaFormulario>& Registro() {
         {129, [](Sesion& s, QWidget* padre) -> std::unique_ptr<QDialog> {
              return std::make_unique<frm014ImportarCOI70>(s, *BuscaImportador(129), padre);
          }},
+        {95, Fabrica<frm033ImportarContPaqIB>()},
     };
     return registro;
 }

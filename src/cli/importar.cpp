@@ -14,6 +14,7 @@
 #include "pipeline/Importacion.h"
 #include "pipeline/Reportes.h"
 #include "pipeline/ReportesDecisiones.h"
+#include "session/Despacho.h"
 #include "session/Funciones.h"
 #include "session/ProgramaTerminado.h"
 #include "store/AlmacenesTemporales.h"
@@ -226,6 +227,8 @@ public:
         ProgresoTerminal progreso;
         s.progreso = &progreso;
         IniciaSesionCli(s, ctx);
+        // As the link selector does: a company stays with its ContPAQ i link.
+        if (!AceptaEnlace(s, d.IdSistema)) return kRehusado;
         PreparaDecision(ctx.interaccion, args, s);
         auto importador = CreaImportador(s, d, archivos);
         return Corre(s, [&] { return EjecutaImportacion(s, *importador, archivos); });
@@ -265,6 +268,8 @@ public:
         ProgresoTerminal progreso;
         s.progreso = &progreso;
         IniciaSesionCli(s, ctx);
+        // As the link selector does: a company stays with its ContPAQ i link.
+        if (!AceptaEnlace(s, d.IdSistema)) return kRehusado;
         PreparaDecision(ctx.interaccion, args, s);
         auto importador = CreaImportador(s, d, archivos);
         return Corre(s, [&] { return EjecutaSaldosAnioAnterior(s, *importador, ruta); });

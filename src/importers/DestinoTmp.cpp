@@ -176,7 +176,28 @@ void DestinoTmp::registraCuentaInexistente(const PolizaEscrita& p, const Partida
             texto = "La cuenta " + l.Cuenta + " no existe en el catálogo";
             break;
     }
-    RegistraInconsistencia(s_, texto, kFuentePolizas, "O", p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
+    if (reglas_.avisoSinPoliza) RegistraInconsistencia(s_, texto, kFuentePolizas, "O", "", "", std::nullopt, l.Cuenta);
+    else RegistraInconsistencia(s_, texto, kFuentePolizas, "O", p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
+}
+
+std::string DestinoTmp::anexaConcepto(long idPoliza, const std::string& agregado) {
+    if (polizas_.find(idPoliza) == polizas_.end())
+        throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
+    BaseDatos& db = Almacen(s_.DbPolizasTmp, kPolizasTmp);
+    std::string concepto = db.escalar("SELECT Concepto FROM Polizas_Tmp.Polizas_Tmp WHERE IdPoliza = ?", idPoliza).texto();
+    if (LongitudCaracteres(concepto) >= 256) return concepto;
+    concepto = Izquierda(concepto + QuitaCaracteresEspeciales(agregado), 255);
+    db.ejecuta("UPDATE Polizas_Tmp.Polizas_Tmp SET Concepto = ? WHERE IdPoliza = ?", concepto, idPoliza);
+    return concepto;
+}
+
+std::optional<std::string> DestinoTmp::asignaSaldoPorCodigo(const std::string& codigo, Moneda saldo) {
+    BaseDatos& db = Almacen(s_.DbCuentasTmp, kCuentasTmp);
+    Consulta c = db.consulta("SELECT rowid, Naturaleza FROM CuentasTmp.Cuentas WHERE CuentaSinSeparadores = ? LIMIT 1",
+                             codigo);
+    if (c.vacia()) return std::nullopt;
+    db.ejecuta("UPDATE CuentasTmp.Cuentas SET Saldo = ? WHERE rowid = ?", saldo, c.campo(0));
+    return c.campo(1).texto();
 }
 
 // ------------------------------------------------------------ Adjustments

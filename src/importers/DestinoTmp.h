@@ -104,6 +104,9 @@ struct ReglasDestino {
         NoExisteEnCatalogo,  // "La cuenta 1000101 no existe en el catálogo" (printed-report readers)
     };
     AvisoCuentaInexistente avisoCuentaInexistente = AvisoCuentaInexistente::Movimiento;
+    /// That row names the account only, without the voucher's number, type
+    /// and date (text sources that log the account once for the file).
+    bool avisoSinPoliza = false;
 };
 
 class DestinoTmp {
@@ -152,6 +155,14 @@ public:
     /// keeps its line, and the run decides later. An empty account adds
     /// nothing.
     void agregaPartida(long idPoliza, const PartidaLeida& l);
+    /// Appends `agregado` (filtered) to the `Concepto` of voucher `idPoliza`
+    /// while that concept is shorter than 256 characters, keeping the
+    /// store's cut at 255. Returns the concept as it stands afterwards.
+    std::string anexaConcepto(long idPoliza, const std::string& agregado);
+    /// The nature of the temporary account whose `CuentaSinSeparadores` is
+    /// `codigo`, and sets its `Saldo`; nothing, changing nothing, when the
+    /// chart lacks it.
+    std::optional<std::string> asignaSaldoPorCodigo(const std::string& codigo, Moneda saldo);
 
     // ------------------------------------------------ Adjustments (AjYRcl_Tmp)
 

@@ -6,6 +6,7 @@
 #include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
 #include "importers/coi/ImportadorCoi35.h"
 #include "importers/coi/ImportadorCoiFirebird.h"
+#include "importers/contpaq_i/ImportadorContpaqI.h"
 #include "importers/reportes/ImportadorReporte.h"
 #include "importers/quorvel/ImportadorQuorvel.h"
 #include "importers/softex/ImportadorSoftex.h"
@@ -26,6 +27,8 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
         DescriptorExcelColumnas(),
         DescriptorCoiFirebird(),
         DescriptorCoi35(),
+        contpaqi::DescriptorContpaqIAnterior(),
+        contpaqi::DescriptorContpaqIMejorado(),
     };
     for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });
