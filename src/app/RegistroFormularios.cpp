@@ -2,6 +2,7 @@
 
 #include "app/frm000ImportadorDescrito.h"
 #include "app/frm022TxtPersonalizado.h"
+#include "app/frm036ImportarContpaqDBF.h"
 #include "app/frm000ImportadorReporte.h"
 #include "app/frm082TextoGenericoSeparado.h"
 #include "importers/Descriptor.h"
@@ -22,6 +23,7 @@ std::map<int, FabricaFormulario>& Registro() {
     static std::map<int, FabricaFormulario> registro = {
         {25, Fabrica<frm022TxtPersonalizado>()},
         {82, Fabrica<frm082TextoGenericoSeparado>()},
+        {40, Fabrica<frm036ImportarContpaqDBF>()},
     };
     return registro;
 }

@@ -4,6 +4,7 @@
 
 #include "importers/Descriptor.h"
 #include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
+#include "importers/contpaq_windows/ImportadorContpaqWindows.h"
 #include "importers/reportes/ImportadorReporte.h"
 #include "importers/quorvel/ImportadorQuorvel.h"
 #include "importers/softex/ImportadorSoftex.h"
@@ -20,6 +21,7 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
         DescriptorSoftex(),
         DescriptorQuorvel4(),
         DescriptorQuorvel5(),
+        DescriptorContpaqWindows(),
     };
     for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });
