@@ -37,6 +37,12 @@ frm036ImportarContpaqDBF::frm036ImportarContpaqDBF(Sesion& sesion, QWidget* padr
     forma->addRow("Tipos de póliza (CTW10009):", eloPathCatTipoPolizas);
     zonaPropia()->insertWidget(0, tablas);
 
+    // The nature of an unknown type is asked when the type is met.
+    if (auto* natural = findChild<QLineEdit*>("txtnaturaleza")) {
+        if (auto* forma = qobject_cast<QFormLayout*>(natural->parentWidget()->layout()))
+            if (QWidget* etiqueta = forma->labelForField(natural)) etiqueta->hide();
+        natural->hide();
+    }
     cboMeses = findChild<QComboBox*>("cboMeses");
     cboMeses->clear();  // filled from the voucher lines once the tables are found
     chkCtasRellenas = findChild<QCheckBox*>("chkCtasRellenas");

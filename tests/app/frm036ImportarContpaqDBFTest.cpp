@@ -66,6 +66,7 @@ private slots:
         frm036ImportarContpaqDBF f(e.sesion);
         f.show();
         QCOMPARE(f.cboMeses->count(), 0);
+        QVERIFY(!f.findChild<QLineEdit*>("txtnaturaleza")->isVisible());
         e.ui.archivos = {carpeta + "/CTW10001.DBF"};
         QTest::mouseClick(f.boton("cmdCatalogo"), Qt::LeftButton);
         QCOMPARE(f.eloRutaCatDetalle->text().toStdString(), carpeta + "/CTW10002.DBF");
@@ -91,10 +92,10 @@ private slots:
         QCOMPARE(Naturaleza(f, "A"), QString("A"));
         // No: nothing changes; yes: the predetermined natures.
         e.ui.respuestas = {false};
-        QTest::mouseClick(f.cmdRestablecer, Qt::LeftButton);
+        f.cmdRestablecer->click();
         QCOMPARE(Naturaleza(f, "A"), QString("A"));
         e.ui.respuestas = {true};
-        QTest::mouseClick(f.cmdRestablecer, Qt::LeftButton);
+        f.cmdRestablecer->click();
         QCOMPARE(Naturaleza(f, "A"), QString("D"));
         QVERIFY(Textos(e.ui).last().startsWith("¿Confirma que desea restablecer los valores predeterminados"));
     }
@@ -104,11 +105,11 @@ private slots:
         frm036ImportarContpaqDBF f(e.sesion);
         f.show();
         e.ui.respuestas = {false};
-        QTest::mouseClick(f.chkSistOrigFiltroCtas, Qt::LeftButton);
+        f.chkSistOrigFiltroCtas->click();
         QVERIFY(f.chkSistOrigFiltroCtas->isChecked());
         QVERIFY(Textos(e.ui).last().contains("¿Confirma que desea deshabilitar este Filtro?"));
         e.ui.respuestas = {true};
-        QTest::mouseClick(f.chkSistOrigFiltroCtas, Qt::LeftButton);
+        f.chkSistOrigFiltroCtas->click();
         QVERIFY(!f.chkSistOrigFiltroCtas->isChecked());
         QVERIFY(f.Archivos().casilla("sin-filtro-sistorig"));
     }
