@@ -3,6 +3,10 @@
 // `cmdRestablecer` brings the predetermined natures back, the filter asks
 // before it is turned off.
 
+#include <QDialogButtonBox>
+#include <QListWidget>
+
+#include "app/InteraccionQt.h"
 #include "app/frm036ImportarContpaqDBF.h"
 #include "app/Escenario.h"
 #include "importers/contpaq_windows/ImportadorContpaqWindows.h"
@@ -112,6 +116,23 @@ private slots:
         f.chkSistOrigFiltroCtas->click();
         QVERIFY(!f.chkSistOrigFiltroCtas->isChecked());
         QVERIFY(f.Archivos().casilla("sin-filtro-sistorig"));
+    }
+
+    // The desktop's answer to an unknown type: the choice in the list, or
+    // nothing when the dialog is closed.
+    void elDialogoDeLaNaturalezaDevuelveLaEleccion() {
+        velmorant::app::InteraccionQt ui;
+        AlAbrirseModal(
+            [](QDialog* d) {
+                QVERIFY(d->findChild<QLabel*>()->text().contains("conforme al Tipo de cuenta 'C'"));
+                d->findChild<QListWidget*>("lstNaturaleza")->setCurrentRow(1);
+                d->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+            },
+            "frm036ImportarContpaqDBFMsg");
+        QCOMPARE(ui.decideNaturaleza("ACME", TextoNaturalezaDesconocida("1000102", "Banco dos", "C"), "C"),
+                 std::string("A"));
+        AlAbrirseModal([](QDialog* d) { d->reject(); }, "frm036ImportarContpaqDBFMsg");
+        QCOMPARE(ui.decideNaturaleza("ACME", "x", "C"), std::string());
     }
 };
 
