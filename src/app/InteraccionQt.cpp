@@ -1,7 +1,12 @@
 #include "app/InteraccionQt.h"
 
 #include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QDir>
+#include <QLabel>
+#include <QListWidget>
+#include <QVBoxLayout>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -82,6 +87,30 @@ DecisionInconsistencias InteraccionQt::decideInconsistencias(const std::string& 
     DecisionInconsistencias d = msgInconsistencias_->Pregunta();
     if (d != DecisionInconsistencias::VerReporte) msgInconsistencias_.reset();
     return d;
+}
+
+std::string InteraccionQt::decideNaturaleza(const std::string& titulo, const std::string& texto, const std::string&) {
+    QDialog dialogo(ventana());
+    dialogo.setObjectName("frm036ImportarContpaqDBFMsg");
+    dialogo.setWindowTitle(QString::fromStdString(titulo));
+    auto* capa = new QVBoxLayout(&dialogo);
+    capa->addWidget(new QLabel(TextoDeMensaje(texto), &dialogo));
+    auto* lista = new QListWidget(&dialogo);
+    lista->setObjectName("lstNaturaleza");
+    lista->addItems({"Deudora", "Acreedora"});
+    capa->addWidget(lista);
+    auto* botones = new QDialogButtonBox(QDialogButtonBox::Ok, &dialogo);
+    capa->addWidget(botones);
+    QObject::connect(botones, &QDialogButtonBox::accepted, &dialogo, [&] {
+        if (lista->currentRow() < 0) {
+            QMessageBox::information(&dialogo, QString::fromStdString(titulo),
+                                     "Especifique por favor la naturaleza de la cuenta");
+            return;
+        }
+        dialogo.accept();
+    });
+    if (dialogo.exec() != QDialog::Accepted) return "";
+    return lista->currentRow() == 0 ? "D" : "A";
 }
 
 DecisionFinal InteraccionQt::decideFinal(const std::string& titulo) {

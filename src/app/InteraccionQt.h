@@ -31,6 +31,9 @@ public:
                                                   const ConteoInconsistencias& conteo) override;
     /// `frm000MsgInconsistenciasFin`, likewise.
     DecisionFinal decideFinal(const std::string& titulo) override;
+    /// `frm036ImportarContpaqDBFMsg`: the two natures in a list; accept
+    /// without a choice asks for one, closing the dialog answers nothing.
+    std::string decideNaturaleza(const std::string& titulo, const std::string& texto, const std::string& tipo) override;
     /// The report viewer, modal, until the user closes it.
     void muestraReporte(const Reporte& reporte) override;
 

@@ -3,6 +3,7 @@
 #include "app/frm000ImportadorDescrito.h"
 #include "app/frm022TxtPersonalizado.h"
 #include "app/frm033ImportarContPaqIB.h"
+#include "app/frm036ImportarContpaqDBF.h"
 #include "app/frm000ImportadorReporte.h"
 #include "app/frm082TextoGenericoSeparado.h"
 #include "app/frm099TextoExcelGenerico.h"
@@ -30,6 +31,7 @@ std::map<int, FabricaFormulario>& Registro() {
              return std::make_unique<frm014ImportarCOI70>(s, *BuscaImportador(129), padre);
          }},
         {95, Fabrica<frm033ImportarContPaqIB>()},
+        {40, Fabrica<frm036ImportarContpaqDBF>()},
     };
     return registro;
 }

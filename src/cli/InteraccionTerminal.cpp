@@ -73,6 +73,21 @@ std::string InteraccionTerminal::eligeArchivo(const std::string& filtro, const s
     return leeLinea(titulo + " — ruta del archivo (" + filtro + "), vacío para cancelar: ");
 }
 
+std::string InteraccionTerminal::decideNaturaleza(const std::string& titulo, const std::string& texto,
+                                                  const std::string& tipo) {
+    errores_ << titulo << " — PREGUNTA\n" << TextoParaTerminal(texto) << "\n";
+    if (!hayTerminal()) {
+        errores_ << "Sin terminal no hay respuesta; indique --naturaleza " << tipo << "=D o " << tipo << "=A.\n";
+        return "";
+    }
+    for (;;) {
+        std::string r = leeLinea("[d]eudora, [a]creedora, vacío para cancelar: ");
+        if (r == "d" || r == "D") return "D";
+        if (r == "a" || r == "A") return "A";
+        if (r.empty()) return "";
+    }
+}
+
 DecisionFinal InteraccionTerminal::decideFinal(const std::string& titulo) {
     errores_ << titulo << " — " << kGrupoMsgInconsistenciasFin << "\n"
              << TextoParaTerminal(kTextoMsgInconsistenciasFin) << "\n"

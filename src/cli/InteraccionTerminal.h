@@ -26,6 +26,8 @@ public:
     /// action set with alTerminarConPerdidas (e.g. writing the detail report).
     DecisionFinal decideFinal(const std::string& titulo) override;
     void alTerminarConPerdidas(std::function<void()> f) { alTerminarConPerdidas_ = std::move(f); }
+    /// Asks on the terminal; without one there is no answer ("").
+    std::string decideNaturaleza(const std::string& titulo, const std::string& texto, const std::string& tipo) override;
     /// Prints the report's rows on stderr, one finding a line.
     void muestraReporte(const Reporte& reporte) override;
 

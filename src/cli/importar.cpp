@@ -56,7 +56,7 @@ std::string ListaDeEnlaces() {
 // The link's check boxes and valued options.
 void AgregaOpcionesPropias(const DescriptorImportador& d, std::vector<Opcion>& o) {
     for (const auto& p : d.parametros)
-        o.push_back({p.opcionCli, p.valor, p.descripcion + (p.requerido ? " (requerida)" : "")});
+        o.push_back({p.opcionCli, p.valor, p.descripcion + (p.requerido ? " (requerida)" : ""), p.repetible});
     for (const auto& c : d.casillas) o.push_back({c.opcionCli, "", c.titulo});
 }
 
@@ -115,6 +115,12 @@ ArchivosImportacion Eleccion(const DescriptorImportador& d, const Argumentos& ar
     for (const auto& c : d.casillas)
         if (args.tiene(c.opcionCli)) a.casillas.insert(c.opcionCli);
     for (const auto& p : d.parametros) {
+        if (p.repetible) {
+            std::string valores;
+            for (const auto& v : args.valores(p.opcionCli)) valores += (valores.empty() ? "" : "\n") + v;
+            if (!valores.empty()) a.parametros[p.opcionCli] = valores;
+            continue;
+        }
         auto v = args.valor(p.opcionCli);
         if (!v) {
             if (p.requerido) throw ErrorUso("falta la opción --" + p.opcionCli);

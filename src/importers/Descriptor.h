@@ -60,6 +60,9 @@ struct ParametroDescrito {
     Tipo tipo = Tipo::Texto;
     bool requerido = false;
     std::string control{};      // its box in the form, when it has one
+    /// May be given more than once; the values reach the importer joined
+    /// by line ends.
+    bool repetible = false;
 };
 
 /// A choice the importer cannot work with (two delimiters, a month out of

@@ -7,6 +7,7 @@
 #include "importers/coi/ImportadorCoi35.h"
 #include "importers/coi/ImportadorCoiFirebird.h"
 #include "importers/contpaq_i/ImportadorContpaqI.h"
+#include "importers/contpaq_windows/ImportadorContpaqWindows.h"
 #include "importers/reportes/ImportadorReporte.h"
 #include "importers/quorvel/ImportadorQuorvel.h"
 #include "importers/softex/ImportadorSoftex.h"
@@ -29,6 +30,7 @@ std::vector<DescriptorImportador> DescriptoresRegistrados() {
         DescriptorCoi35(),
         contpaqi::DescriptorContpaqIAnterior(),
         contpaqi::DescriptorContpaqIMejorado(),
+        DescriptorContpaqWindows(),
     };
     for (auto& d : DescriptoresReportes()) lista.push_back(std::move(d));
     std::sort(lista.begin(), lista.end(), [](auto& a, auto& b) { return a.IdSistema < b.IdSistema; });

@@ -56,6 +56,17 @@ public:
         return DecisionFinal::Terminar;
     }
 
+    /// `frm036ImportarContpaqDBFMsg`: the nature of an account whose type
+    /// (`tipo`) the link does not know, "D" (Deudora) or "A" (Acreedora);
+    /// empty when there is no answer (no one to ask), which refuses the run.
+    virtual std::string decideNaturaleza(const std::string& titulo, const std::string& texto,
+                                         const std::string& tipo) {
+        (void)titulo;
+        (void)texto;
+        (void)tipo;
+        return "";
+    }
+
     /// Shows a report on screen, where the user may print or save it, and
     /// returns when it is closed. A front end without a viewer does nothing.
     virtual void muestraReporte(const Reporte& reporte) { (void)reporte; }

@@ -95,6 +95,16 @@ DecisionInconsistencias InteraccionGuionada::decideInconsistencias(const std::st
     return d;
 }
 
+std::string InteraccionGuionada::decideNaturaleza(const std::string& titulo, const std::string& texto,
+                                                  const std::string& tipo) {
+    mensajes.push_back({TipoMensaje::Pregunta, titulo, texto});
+    tiposPreguntados.push_back(tipo);
+    if (naturalezas.empty()) return "";
+    auto r = naturalezas.front();
+    naturalezas.pop_front();
+    return r;
+}
+
 DecisionFinal InteraccionGuionada::decideFinal(const std::string&) {
     if (decisionesFinales.empty()) return DecisionFinal::Terminar;
     auto d = decisionesFinales.front();

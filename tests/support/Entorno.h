@@ -64,6 +64,7 @@ public:
     DecisionInconsistencias decideInconsistencias(const std::string& titulo,
                                                   const ConteoInconsistencias& conteo) override;
     DecisionFinal decideFinal(const std::string& titulo) override;
+    std::string decideNaturaleza(const std::string& titulo, const std::string& texto, const std::string& tipo) override;
 
     std::deque<bool> respuestas;             // for questions; No when empty
     std::deque<std::string> archivos;        // for file dialogs; cancel when empty
@@ -72,6 +73,8 @@ public:
     std::deque<DecisionFinal> decisionesFinales;
     std::vector<MensajeMostrado> mensajes;
     std::vector<std::string> filtrosPedidos;
+    std::deque<std::string> naturalezas;     // for the nature of an unknown type; none when empty
+    std::vector<std::string> tiposPreguntados;
 };
 
 }  // namespace velmorant::prueba
