@@ -16,6 +16,7 @@
 #include "review/SeleccionMovimientos.h"
 #include "platform/Ajustes.h"
 #include "platform/ErrorLectura.h"
+#include "platform/PuntoPrueba.h"
 #include "session/Funciones.h"
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
@@ -44,6 +45,8 @@ public:
     Corrida(Sesion& s, Importador& imp, const OpcionesEjecucion& op, HistorialCorrida* hist = nullptr)
         : s_(s), imp_(imp), op_(op), hist_(hist) {
         if (!s_.progreso) s_.progreso = &mudo_;
+        CarpetaPuntoPrueba(s_.RutaBase);
+        FasePuntoPrueba('A');
     }
     ~Corrida() {
         if (s_.progreso == &mudo_) s_.progreso = nullptr;
@@ -67,6 +70,7 @@ private:
     template <class F>
     void paso(const std::string& nombre, F&& f) {
         paso_ = nombre;
+        PuntoPrueba(nombre);
         if (op_.antesDePaso) op_.antesDePaso(nombre);
         f();
         barra().cede();
@@ -227,8 +231,11 @@ bool Corrida::enTransaccion(F&& f) {
         f();
         if (hist_) hist_->confirma();
         paso_ = "confirmación";
+        PuntoPrueba(paso_);
         if (op_.antesDePaso) op_.antesDePaso(paso_);
         t.confirma();
+        FasePuntoPrueba('F');
+        PuntoPrueba("confirmada");
         hecho = true;
     } catch (const ProgramaTerminado&) {
         SeparaEmpresas(db);
@@ -246,6 +253,7 @@ bool Corrida::enTransaccion(F&& f) {
 
 // Phases B and C.
 void Corrida::confirmaImportacion() {
+    FasePuntoPrueba('B');
     BaseDatos& db = *s_.DbEmpresa;
     paso("IdSistema", [&] {
         db.ejecuta("UPDATE Empresas SET IdSistema=? WHERE IdEmpresa=?", imp_.idSistema(), s_.IdEmpresaActual);
@@ -289,6 +297,7 @@ void Corrida::confirmaImportacion() {
 // Phase C: the auditor's review work, rebuilt on the new vouchers and
 // balances, in the order the selections depend on each other.
 void Corrida::reconstruyeRevision() {
+    FasePuntoPrueba('C');
     paso("ActualizaTotalCtaSeleccion", [&] { ActualizaTotalCtaSeleccion(s_, s_.UltimoMesNuevo); });
     paso("ActualizaTotalCtaAnalitica", [&] { ActualizaTotalCtaAnalitica(s_, s_.UltimoMesImportado); });
     paso("ReconstruyeCedulaAnalitica", [&] { ReconstruyeCedulaAnalitica(s_); });
@@ -321,6 +330,7 @@ ResultadoImportacion Corrida::termina() {
 ResultadoImportacion Corrida::importa(const ArchivosImportacion& a) {
     if (!validaArchivos(a)) return ResultadoImportacion::ArchivosFaltantes;
     if (hist_) hist_->respalda();
+    PuntoPrueba("respaldo");
     abreInconsistencias();
     leeFuentes(a);
     if (hist_) hist_->leido();
@@ -352,6 +362,7 @@ ResultadoImportacion Corrida::importa(const ArchivosImportacion& a) {
 }
 
 void Corrida::confirmaSaldosAnioAnterior() {
+    FasePuntoPrueba('B');
     paso("GuardaSaldosAnioAnterior", [&] { GuardaSaldosAnioAnterior(s_, barra()); });
     CierraCuentasTmp(s_);
     paso("DeterminaCuentasAcumulativas", [&] { DeterminaCuentasAcumulativas(s_, barra()); });
