@@ -17,6 +17,7 @@
 #include "platform/Ajustes.h"
 #include "platform/ErrorLectura.h"
 #include "platform/PuntoPrueba.h"
+#include "session/CausaError.h"
 #include "session/Funciones.h"
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
@@ -95,6 +96,26 @@ private:
     template <class F>
     bool enTransaccion(F&& f);
 };
+
+// A company file with damaged pages is not imported into, nor written at
+// all: the commit could write over the pages still readable, and the copy
+// taken before the run would be as damaged. The engine's quick check reads
+// every page once.
+void VerificaIntegridad(Sesion& s) {
+    BaseDatos& db = *s.DbEmpresa;
+    std::string resultado;
+    try {
+        resultado = db.escalar("PRAGMA quick_check(1)").texto();
+    } catch (const ErrorBaseDatos& e) {
+        if (!e.esDano()) throw;
+        resultado = e.mensajeMotor();
+    }
+    if (resultado == "ok") return;
+    const std::string texto = "La base de datos de la empresa " + db.ruta().string() + " está dañada (" + resultado +
+                              ").\r\nNo se importó nada; restáurela de su respaldo antes de importar.";
+    MsgCritico(s, texto);
+    throw ProgramaTerminado(texto);
+}
 
 // Phase A's stores: the fresh log, the lost-rows log kept across runs.
 void Corrida::abreInconsistencias() {
@@ -195,7 +216,7 @@ void Corrida::leeOTermina(F&& f) {
         throw ProgramaTerminado(e.what());
     } catch (const std::exception& e) {
         ReportaError(s_, e, true);
-        throw ProgramaTerminado(std::string("Falló el paso ") + paso_ + ": " + e.what());
+        throw ProgramaTerminado(std::string("Falló el paso ") + paso_ + ": " + CausaDelError(e) + e.what());
     }
 }
 
@@ -243,7 +264,7 @@ bool Corrida::enTransaccion(F&& f) {
     } catch (const std::exception& e) {
         if (hist_) hist_->falla(paso_, e.what());
         barra().visible(false);
-        MsgCritico(s_, "La importación no se completó: falló el paso " + paso_ + ".\r\n" + e.what() +
+        MsgCritico(s_, "La importación no se completó: falló el paso " + paso_ + ".\r\n" + CausaDelError(e) + e.what() +
                            "\r\nLa información de la empresa quedó como estaba antes de la importación.");
     }
     cierraAlmacenes();
@@ -405,6 +426,9 @@ ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
 // Each run leaves its row in the company's import history (pipeline/Historial.h).
 ResultadoImportacion EjecutaImportacion(Sesion& s, Importador& importador, const ArchivosImportacion& archivos,
                                         const OpcionesEjecucion& opciones) {
+    // Before the history, whose row of the refused run would be written
+    // into the damaged file.
+    VerificaIntegridad(s);
     HistorialCorrida historial(s, importador.idSistema(), kOperacionImportacion, archivos);
     return historial.registra([&] { return Corrida(s, importador, opciones, &historial).importa(archivos); });
 }
@@ -413,6 +437,7 @@ ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador
                                                const OpcionesEjecucion& opciones) {
     ArchivosImportacion archivos;
     archivos.saldosAnioAnterior = ruta;
+    VerificaIntegridad(s);
     HistorialCorrida historial(s, importador.idSistema(), kOperacionSaldosAnioAnterior, archivos);
     return historial.registra([&] { return Corrida(s, importador, opciones, &historial).saldosAnioAnterior(ruta); });
 }

@@ -18,12 +18,23 @@
 
 namespace fs = std::filesystem;
 using namespace velmorant::prueba;
+using velmorant::BaseDatos;
 
 namespace {
 
 std::string Bytes(const std::string& archivo) {
     std::ifstream f(archivo, std::ios::binary);
     return {std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>()};
+}
+
+// A file's bytes but the header's change counter and the version that
+// wrote it, which a transaction that changed nothing still moves.
+std::string SinContador(std::string bytes) {
+    if (bytes.size() >= 100) {
+        bytes.replace(24, 4, 4, '\0');
+        bytes.replace(92, 4, 4, '\0');
+    }
+    return bytes;
 }
 
 bool Contiene(const std::string& texto, const std::string& parte) { return texto.find(parte) != std::string::npos; }
@@ -177,9 +188,18 @@ TEST_F(EntornoCli, UnaEmpresaBorradaODanadaEntreOrdenesNoSeReemplazaEnSilencio) 
     // it is for whoever recovers it.
     const auto sana = Bytes(ruta("guardada/2025_DEMO/DEMO_2025.sqlite"));
     ASSERT_GT(sana.size(), 8192u);
+    // The page of the chart of accounts: its cell pointers sent astray.
+    size_t pagina;
+    {
+        BaseDatos db(ruta("guardada/2025_DEMO/DEMO_2025.sqlite"), BaseDatos::Modo::SoloLectura);
+        const auto tamano = static_cast<size_t>(db.escalar("PRAGMA page_size").entero());
+        pagina = tamano * static_cast<size_t>(
+                              db.escalar("SELECT rootpage FROM sqlite_master WHERE name = 'Cuentas'").entero() - 1);
+    }
+    ASSERT_LT(pagina + 400, sana.size());
     std::vector<std::pair<std::string, std::string>> danos = {
         {"cabecera", std::string(100, '\x5a') + sana.substr(100)},
-        {"página", sana.substr(0, 4096 + 100) + std::string(3000, '\xff') + sana.substr(4096 + 3100)},
+        {"página", sana.substr(0, pagina + 8) + std::string(300, '\xff') + sana.substr(pagina + 308)},
         {"cortada", sana.substr(0, sana.size() / 3)},
     };
     for (const auto& [nombre, bytes] : danos) {
@@ -192,7 +212,7 @@ TEST_F(EntornoCli, UnaEmpresaBorradaODanadaEntreOrdenesNoSeReemplazaEnSilencio) 
             if (r.estado != 0) {
                 EXPECT_TRUE(Contiene(r.salida, "dañada") || Contiene(r.salida, "No fue posible")) << r.salida;
             }
-            EXPECT_EQ(Bytes(empresa()), bytes) << orden << "\n" << r.salida;
+            EXPECT_TRUE(SinContador(Bytes(empresa())) == SinContador(bytes)) << orden << "\n" << r.salida;
         }
     }
     // The copies taken before each import are still there to recover from.

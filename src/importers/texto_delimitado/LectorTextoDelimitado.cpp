@@ -37,27 +37,33 @@ struct Movimiento {
     Moneda Importe;
 };
 
-void LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
+// Returns the amount text that could not be read, empty when none.
+std::string LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
     if (c.PIniTipoMov != 0) {
         m.TipoMov.clear();
         m.Importe = Moneda();
         std::string indicador = fila.campo(c.PIniTipoMov);
-        if (indicador.empty()) return;
-        if (auto v = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniImporte), "0.00"))) m.Importe = *v;
+        if (indicador.empty()) return "";
+        const std::string importe = LimpiaImporte(fila.campo(c.PIniImporte), "0.00");
+        auto v = ConvierteImporte(importe);
+        if (v) m.Importe = *v;
         m.TipoMov = indicador == "1" ? "D" : "H";
-        return;
+        return v ? "" : importe;
     }
-    auto debe = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniCargo), "0.00"));
-    if (!debe) return;
+    const std::string textoDebe = LimpiaImporte(fila.campo(c.PIniCargo), "0.00");
+    auto debe = ConvierteImporte(textoDebe);
+    if (!debe) return textoDebe;
     if (!debe->esCero()) {
         m.Importe = *debe;
         m.TipoMov = "D";
-        return;
+        return "";
     }
-    if (auto haber = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniAbono), "0.00"))) {
-        m.Importe = *haber;
-        if (!haber->esCero()) m.TipoMov = "H";
-    }
+    const std::string textoHaber = LimpiaImporte(fila.campo(c.PIniAbono), "0.00");
+    auto haber = ConvierteImporte(textoHaber);
+    if (!haber) return textoHaber;
+    m.Importe = *haber;
+    if (!haber->esCero()) m.TipoMov = "H";
+    return "";
 }
 
 // The date text of a line: the whole column, or day "/" month "/" year.
@@ -68,7 +74,8 @@ std::string TextoFecha(const EstructuraDatosTxt& c, const Fila& fila) {
     return d + "/" + m + "/" + a;
 }
 
-void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const Fila& fila, Movimiento& mov) {
+void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
+                        const Fila& fila, Movimiento& mov) {
     PolizaLeida p;
     p.Poliza = fila.campo(c.PIniNumPol);
     p.Tipo = fila.campo(c.PIniTipo);
@@ -82,7 +89,7 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, c
     l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoYSeparador, false);
     l.Referencia = fila.campo(c.PIniRef);
     p.Concepto = fila.campo(c.PIniConcept);
-    LeeMovimiento(c, fila, mov);
+    const std::string ilegible = LeeMovimiento(c, fila, mov);
     if (p.Poliza.empty() || !fecha) return;
     p.Fecha = *fecha;
     long id = d.poliza(p);
@@ -91,6 +98,11 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, c
     l.TipoMov = mov.TipoMov;
     l.Importe = mov.Importe;
     d.agregaPartida(id, l);
+    if (!ilegible.empty())
+        RegistraImporteIlegible(s, fuente.lugar(fila), ilegible, kFuentePolizas,
+                                "la partida se registró con el importe de la línea anterior, " +
+                                    mov.Importe.formatoMoneda() + ".",
+                                p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
 }
 
 }  // namespace
@@ -118,8 +130,12 @@ void ImportaCatalogoTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, con
         std::string cuenta = LimpiaCuenta(s, fila.campo(c.PIniCuenta), OrdenLimpieza::SeparadorYRelleno, true);
         std::string ctaAcum = fila.campo(c.PIniCtaAcum);
         int nivel = c.PIniNivel != 0 ? ValEntero(fila.campo(c.PIniNivel)) : 0;
-        if (!conArchivoSaldosIniciales)
-            r.Saldo = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniSdoIni), "0"));
+        std::string saldoIlegible;
+        if (!conArchivoSaldosIniciales) {
+            const std::string saldo = LimpiaImporte(fila.campo(c.PIniSdoIni), "0");
+            r.Saldo = ConvierteImporte(saldo);
+            if (!r.Saldo) saldoIlegible = saldo;
+        }
         ReglaLongitudCompleta(s, cuenta, nivel);
         int nivelAcum = 0;
         ReglaLongitudCompleta(s, ctaAcum, nivelAcum);
@@ -129,6 +145,9 @@ void ImportaCatalogoTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, con
         r.Nivel = nivel;
         r.Naturaleza = fila.campo(c.PIniNaturaleza);
         d.agregaCuenta(r);
+        if (!saldoIlegible.empty())
+            RegistraImporteIlegible(s, fuente.lugar(fila), saldoIlegible, kFuenteCatalogo,
+                                    "la cuenta " + cuenta + " quedó sin saldo inicial.", "", "", std::nullopt, cuenta);
     });
 }
 
@@ -157,7 +176,7 @@ void ImportaPolizasTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, cons
     Movimiento mov;
     ReglasRecorrido reglas{etiqueta, l.Titulos};
     reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
-    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fila, mov); });
+    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fuente, fila, mov); });
 }
 
 void ImportaSaldosAnioAntTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l) {
