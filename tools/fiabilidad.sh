@@ -42,12 +42,30 @@ r_n=$(valor "muertes reimportacion" puntos)
 fases() { grep -m1 "^muertes $1 " "$CIFRAS" | tr ' ' '\n' | sed -n 's/^fase_\(.\)=\(.*\)/\1: \2/p' | paste -sd, - | sed 's/,/, /g'; }
 h_a=$(valor "hostiles archivos" entradas); h_r=$(valor "hostiles rutas" entradas); h_t=$(valor "hostiles tecleado" entradas)
 disco="$(grep -m1 '^entorno disco_lleno' "$CIFRAS" || true)"
-res() { grep -q "^entorno $1" "$CIFRAS" && echo "probado" || echo "no corrió"; }
+res() { grep -q "^entorno $1" "$CIFRAS" && echo "$2" || echo "no corrió"; }
+disco_txt() {
+  [[ -z "$disco" ]] && { echo "no corrió"; return; }
+  local metodo llenos completas
+  metodo=$(echo "$disco" | tr ' ' '\n' | sed -n 's/^metodo=//p')
+  llenos=$(echo "$disco" | tr ' ' '\n' | sed -n 's/^llenos=//p')
+  completas=$(echo "$disco" | tr ' ' '\n' | sed -n 's/^completas=//p')
+  echo "$((llenos + completas)) espacios libres al empezar ($metodo): $llenos corridas rehusadas por falta de espacio con la empresa como estaba y repetidas al haber espacio, $completas completas"
+}
+# How a hostile input ended, by the exit status of the run.
+desenlace() {
+  case "$1" in
+    0) echo "importada" ;;
+    1) echo "rehusada" ;;
+    2) echo "rehusada antes de importar, con el archivo nombrado" ;;
+    3) echo "rehusada con archivo y línea; la empresa como estaba" ;;
+    *) echo "estado $1" ;;
+  esac
+}
 
 {
   echo "# Fiabilidad"
   echo
-  echo "Cifras de la última corrida de \`tools/fiabilidad.sh\` ($(date -u +%Y-%m-%d), $(git -C "$ROOT" rev-parse --short HEAD)); el resultado de las pruebas fue $([[ $ESTADO == 0 ]] && echo 'correcto' || echo "FALLIDO (estado $ESTADO)")."
+  echo "Cifras de la última corrida de \`tools/fiabilidad.sh\` ($(date -u +%Y-%m-%d), $(git -C "$ROOT" describe --always --dirty)); el resultado de las pruebas fue $([[ $ESTADO == 0 ]] && echo 'correcto' || echo "FALLIDO (estado $ESTADO)")."
   echo
   echo "## Importaciones matadas"
   echo
@@ -74,14 +92,24 @@ res() { grep -q "^entorno $1" "$CIFRAS" && echo "probado" || echo "no corrió"; 
   echo "| Rutas (vacío, carpeta, dispositivo) | $h_r |"
   echo "| Lo que teclea el usuario (configuraciones, empresas, rutas) | $h_t |"
   echo
+  echo "Cada archivo hostil, sobre una empresa con una importación confirmada. Ninguno dio un error de SQL"
+  echo "ni terminó el programa por una señal; un importe que no se puede leer queda, con archivo y línea, en"
+  echo "el registro de inconsistencias, que el auditor ve antes de decidir:"
+  echo
+  echo "| Entrada | Desenlace |"
+  echo "|---|---|"
+  grep '^hostil estado=' "$CIFRAS" | while read -r _ estado nombre; do
+    echo "| $nombre | $(desenlace "${estado#estado=}") |"
+  done
+  echo
   echo "## Fallas del entorno"
   echo
   echo "| Falla | Resultado |"
   echo "|---|---|"
-  echo "| Carpeta base de sólo lectura | $(res solo_lectura) |"
-  echo "| Disco lleno | ${disco:+$(echo "$disco" | cut -d' ' -f3-)} |"
-  echo "| Empresa ocupada por otra conexión | $(res ocupada) |"
-  echo "| Empresa borrada o dañada entre órdenes | $(res borrada_danada) |"
+  echo "| Carpeta base de sólo lectura | $(res solo_lectura "rehusada con su mensaje; la empresa como estaba; se importa al devolver el permiso") |"
+  echo "| Disco lleno | $(disco_txt) |"
+  echo "| Empresa ocupada por otra conexión (EXCLUSIVE y RESERVED) | $(res ocupada "tras la espera, \"ocupada por otro programa\"; la empresa como estaba") |"
+  echo "| Empresa borrada, o dañada (cabecera, página, cortada), entre órdenes | $(res borrada_danada "su mensaje; nunca se crea otra ni se escribe en la dañada") |"
   echo
   echo "## Fuzzers"
   echo

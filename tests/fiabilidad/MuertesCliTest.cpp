@@ -36,18 +36,22 @@ std::vector<std::string> Lineas(const std::string& archivo) {
     return r;
 }
 
-// The points to kill at: `n` of `puntos`, evenly spread, each phase present.
+// The points to kill at: `n` of `puntos`, shared out among the phases in
+// turn (so that the few of phases C and F are all taken before the many rows
+// of A), and evenly spread within each.
 std::vector<std::string> Elige(const std::vector<std::string>& puntos, size_t n) {
-    std::set<std::string> elegidos;
     std::map<char, std::vector<std::string>> porFase;
     for (const auto& p : puntos) porFase[p[0]].push_back(p);
-    for (auto& [fase, lista] : porFase) elegidos.insert(lista[lista.size() / 2]);
-    const size_t total = puntos.size();
-    for (size_t i = 0; elegidos.size() < std::min(n, total) && i < total; ++i) {
-        size_t resto = std::max<size_t>(n - std::min(n, porFase.size()), 1);
-        elegidos.insert(puntos[(i % resto) * total / resto + (i / resto) % total]);
+    std::map<char, size_t> cuota;
+    for (size_t total = 0, antes = 1; total < n && total != antes;) {
+        antes = total;
+        for (auto& [fase, lista] : porFase)
+            if (total < n && cuota[fase] < lista.size()) ++cuota[fase], ++total;
     }
-    return {elegidos.begin(), elegidos.end()};
+    std::vector<std::string> r;
+    for (auto& [fase, lista] : porFase)
+        for (size_t k = 0; k < cuota[fase]; ++k) r.push_back(lista[(2 * k + 1) * lista.size() / (2 * cuota[fase])]);
+    return r;
 }
 
 std::string Integridad(const std::string& archivo) {
