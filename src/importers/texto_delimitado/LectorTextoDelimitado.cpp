@@ -37,30 +37,28 @@ struct Movimiento {
     Moneda Importe;
 };
 
-// Returns the amount text that could not be read, empty when none.
+// Returns the amount text, as the file has it, that could not be read;
+// empty when none.
 std::string LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
     if (c.PIniTipoMov != 0) {
         m.TipoMov.clear();
         m.Importe = Moneda();
         std::string indicador = fila.campo(c.PIniTipoMov);
         if (indicador.empty()) return "";
-        const std::string importe = LimpiaImporte(fila.campo(c.PIniImporte), "0.00");
-        auto v = ConvierteImporte(importe);
+        auto v = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniImporte), "0.00"));
         if (v) m.Importe = *v;
         m.TipoMov = indicador == "1" ? "D" : "H";
-        return v ? "" : importe;
+        return v ? "" : fila.campo(c.PIniImporte);
     }
-    const std::string textoDebe = LimpiaImporte(fila.campo(c.PIniCargo), "0.00");
-    auto debe = ConvierteImporte(textoDebe);
-    if (!debe) return textoDebe;
+    auto debe = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniCargo), "0.00"));
+    if (!debe) return fila.campo(c.PIniCargo);
     if (!debe->esCero()) {
         m.Importe = *debe;
         m.TipoMov = "D";
         return "";
     }
-    const std::string textoHaber = LimpiaImporte(fila.campo(c.PIniAbono), "0.00");
-    auto haber = ConvierteImporte(textoHaber);
-    if (!haber) return textoHaber;
+    auto haber = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniAbono), "0.00"));
+    if (!haber) return fila.campo(c.PIniAbono);
     m.Importe = *haber;
     if (!haber->esCero()) m.TipoMov = "H";
     return "";
@@ -132,9 +130,8 @@ void ImportaCatalogoTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, con
         int nivel = c.PIniNivel != 0 ? ValEntero(fila.campo(c.PIniNivel)) : 0;
         std::string saldoIlegible;
         if (!conArchivoSaldosIniciales) {
-            const std::string saldo = LimpiaImporte(fila.campo(c.PIniSdoIni), "0");
-            r.Saldo = ConvierteImporte(saldo);
-            if (!r.Saldo) saldoIlegible = saldo;
+            r.Saldo = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniSdoIni), "0"));
+            if (!r.Saldo) saldoIlegible = fila.campo(c.PIniSdoIni);
         }
         ReglaLongitudCompleta(s, cuenta, nivel);
         int nivelAcum = 0;
