@@ -24,6 +24,8 @@ set -e
 # "clave=valor" of the line of CIFRAS starting with $1, or 0.
 valor() { grep -m1 "^$1 " "$CIFRAS" | tr ' ' '\n' | sed -n "s/^$2=//p" | head -1 | grep . || echo 0; }
 
+# Taken before the document is rewritten, which would make the tree dirty.
+VERSION="$(git -C "$ROOT" describe --always --dirty)"
 FUZZ_INICIO='<!-- fuzz: inicio -->'
 FUZZ_FIN='<!-- fuzz: fin -->'
 FUZZ="$FUZZ_INICIO
@@ -65,7 +67,7 @@ desenlace() {
 {
   echo "# Fiabilidad"
   echo
-  echo "Cifras de la última corrida de \`tools/fiabilidad.sh\` ($(date -u +%Y-%m-%d), $(git -C "$ROOT" describe --always --dirty)); el resultado de las pruebas fue $([[ $ESTADO == 0 ]] && echo 'correcto' || echo "FALLIDO (estado $ESTADO)")."
+  echo "Cifras de la última corrida de \`tools/fiabilidad.sh\` ($(date -u +%Y-%m-%d), $VERSION); el resultado de las pruebas fue $([[ $ESTADO == 0 ]] && echo 'correcto' || echo "FALLIDO (estado $ESTADO)")."
   echo
   echo "## Importaciones matadas"
   echo
