@@ -120,6 +120,8 @@ public:
             ctx.salida << "Configuración actual: " << f.Configuracion << "\n";
             return kHecho;
         }
+        if (auto problema = ProblemaNombreConfiguracion(f.textoLista); a.foco && !problema.empty())
+            throw Rehusado(problema + "; no se guardó nada.");
         if (a.foco) throw Rehusado("falta el campo " + a.foco->caja + "; no se guardó nada.");
         throw Rehusado("no se guardó nada.");
     }

@@ -1,6 +1,7 @@
 #include "importers/Limpieza.h"
 
 #include "accounts/CodigosCuenta.h"
+#include "pipeline/Inconsistencias.h"
 #include "platform/Numeros.h"
 #include "session/Funciones.h"
 
@@ -71,6 +72,13 @@ Moneda ImporteRequerido(const std::string& t) {
     auto m = ConvierteImporte(t);
     if (!m) throw FalloFila("No coinciden los tipos: el importe " + t + " no es numérico");
     return *m;
+}
+
+void RegistraImporteIlegible(Sesion& s, const std::string& lugar, const std::string& importe, int fuente,
+                             const std::string& consecuencia, const std::string& poliza, const std::string& tipo,
+                             const std::optional<Fecha>& fecha, const std::string& cuenta) {
+    RegistraInconsistencia(s, "El importe " + importe + " del " + lugar + ", no es numérico; " + consecuencia, fuente,
+                           "O", poliza, tipo, fecha, cuenta);
 }
 
 int ValEntero(const std::string& t) {

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "platform/Fecha.h"
 #include "platform/Moneda.h"
 #include "session/Sesion.h"
 
@@ -54,6 +55,15 @@ std::optional<Moneda> ConvierteImporte(const std::string& texto);
 
 /// As ConvierteImporte, but a text that is not numeric throws FalloFila.
 Moneda ImporteRequerido(const std::string& texto);
+
+/// An amount a reader could not read and so does not store (a voucher line
+/// keeps the amount before it, an account its balance unset): logged for
+/// the auditor, naming the place (`lugar`: "archivo X, línea N") and what
+/// became of it, so that no amount is lost without a word.
+void RegistraImporteIlegible(Sesion& s, const std::string& lugar, const std::string& importe, int fuente,
+                             const std::string& consecuencia, const std::string& poliza = "",
+                             const std::string& tipo = "", const std::optional<Fecha>& fecha = std::nullopt,
+                             const std::string& cuenta = "");
 
 /// The leading whole number of a text, 0 when it has none.
 int ValEntero(const std::string& texto);

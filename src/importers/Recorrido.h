@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/ErrorLectura.h"
+#include "platform/PuntoPrueba.h"
 #include "platform/fuentes/FuenteRegistros.h"
 #include "session/ProgramaTerminado.h"
 #include "session/Sesion.h"
@@ -84,6 +85,7 @@ void RecorreFilas(Sesion& s, FuenteRegistros& fuente, const ReglasRecorrido& reg
             } catch (const std::exception& e) {
                 FallaFila(s, fuente, fila, e.what(), reglas.fallo);
             }
+            FilaPuntoPrueba();
         }
         if (++contador == 1) salta = false;
     }

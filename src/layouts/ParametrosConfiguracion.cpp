@@ -281,12 +281,44 @@ void GuardaNvaConfiguracion(FormularioParametros tipo, BaseDatos& db, const Caja
     st.ejecuta();
 }
 
+namespace {
+
+bool EsUtf8(const std::string& t) {
+    for (size_t i = 0; i < t.size();) {
+        const auto c = static_cast<unsigned char>(t[i]);
+        size_t n;
+        if (c < 0x80) n = 0;
+        else if (c >= 0xC2 && c < 0xE0) n = 1;
+        else if ((c & 0xF0) == 0xE0) n = 2;
+        else if (c >= 0xF0 && c < 0xF5) n = 3;
+        else return false;
+        if (i + n >= t.size()) return false;
+        for (size_t k = 1; k <= n; ++k)
+            if ((static_cast<unsigned char>(t[i + k]) & 0xC0) != 0x80) return false;
+        i += n + 1;
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string ProblemaNombreConfiguracion(const std::string& nombre) {
+    if (!EsUtf8(nombre)) return "El nombre de la configuración tiene caracteres que no son texto válido";
+    if (QuitaCaracteresEspeciales(nombre) != nombre)
+        return "El nombre de la configuración no puede llevar los caracteres ' | ~";
+    return "";
+}
+
 Aceptacion AceptaParametros(Sesion& s, FormularioConfiguracion& f) {
     const std::string t = NombreTecleado(f.textoLista);
     const int enlace = IdEnlaceDe(f.tipo);
     if (!f.filaElegida) {
         if (t.empty()) {
             MsgAviso(s, "Es necesario indicar el Nombre para la Nueva Configuración");
+            return {false, CajaFallida{-1, "Nombre"}};
+        }
+        if (auto problema = ProblemaNombreConfiguracion(f.textoLista); !problema.empty()) {
+            MsgAviso(s, problema);
             return {false, CajaFallida{-1, "Nombre"}};
         }
         if (auto fallo = ParametrosValidos(s, f.tipo, f.cajas, t)) return {false, fallo};

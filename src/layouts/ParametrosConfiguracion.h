@@ -110,6 +110,12 @@ struct Aceptacion {
 /// predetermined row.
 Aceptacion AceptaParametros(Sesion& s, FormularioConfiguracion& f);
 
+/// Why a new configuration's name cannot be saved as typed, empty when it
+/// can: the characters taken out of every stored text ("'|~"), or bytes that
+/// are not UTF-8 text. Either would store another name than the one typed,
+/// which the user could not find again.
+std::string ProblemaNombreConfiguracion(const std::string& nombre);
+
 /// Cancel of the fixed-position form, which also saves a new valid name to
 /// the catalogue when its values are not there under another name.
 void CancelaParametrosFijos(Sesion& s, FormularioConfiguracion& f);

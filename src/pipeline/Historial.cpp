@@ -19,6 +19,7 @@
 #include "pipeline/ReportesDecisiones.h"
 #include "pipeline/Respaldo.h"
 #include "review/CedulaAnalitica.h"
+#include "session/CausaError.h"
 #include "session/Funciones.h"
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
@@ -273,7 +274,7 @@ void HistorialCorrida::respalda() {
     } catch (const std::exception& e) {
         rutaRespaldo_.clear();
         const std::string texto = std::string("No fue posible guardar la copia de la empresa antes de importar:\r\n") +
-                                  e.what() + "\r\nNo se importó nada.";
+                                  CausaDelError(e) + e.what() + "\r\nNo se importó nada.";
         MsgCritico(s_, texto);
         throw ProgramaTerminado(texto);
     }

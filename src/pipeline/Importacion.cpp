@@ -16,6 +16,8 @@
 #include "review/SeleccionMovimientos.h"
 #include "platform/Ajustes.h"
 #include "platform/ErrorLectura.h"
+#include "platform/PuntoPrueba.h"
+#include "session/CausaError.h"
 #include "session/Funciones.h"
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
@@ -44,6 +46,8 @@ public:
     Corrida(Sesion& s, Importador& imp, const OpcionesEjecucion& op, HistorialCorrida* hist = nullptr)
         : s_(s), imp_(imp), op_(op), hist_(hist) {
         if (!s_.progreso) s_.progreso = &mudo_;
+        CarpetaPuntoPrueba(s_.RutaBase);
+        FasePuntoPrueba('A');
     }
     ~Corrida() {
         if (s_.progreso == &mudo_) s_.progreso = nullptr;
@@ -67,6 +71,7 @@ private:
     template <class F>
     void paso(const std::string& nombre, F&& f) {
         paso_ = nombre;
+        PuntoPrueba(nombre);
         if (op_.antesDePaso) op_.antesDePaso(nombre);
         f();
         barra().cede();
@@ -91,6 +96,26 @@ private:
     template <class F>
     bool enTransaccion(F&& f);
 };
+
+// A company file with damaged pages is not imported into, nor written at
+// all: the commit could write over the pages still readable, and the copy
+// taken before the run would be as damaged. The engine's quick check reads
+// every page once.
+void VerificaIntegridad(Sesion& s) {
+    BaseDatos& db = *s.DbEmpresa;
+    std::string resultado;
+    try {
+        resultado = db.escalar("PRAGMA quick_check(1)").texto();
+    } catch (const ErrorBaseDatos& e) {
+        if (!e.esDano()) throw;
+        resultado = e.mensajeMotor();
+    }
+    if (resultado == "ok") return;
+    const std::string texto = "La base de datos de la empresa " + db.ruta().string() + " está dañada (" + resultado +
+                              ").\r\nNo se importó nada; restáurela de su respaldo antes de importar.";
+    MsgCritico(s, texto);
+    throw ProgramaTerminado(texto);
+}
 
 // Phase A's stores: the fresh log, the lost-rows log kept across runs.
 void Corrida::abreInconsistencias() {
@@ -191,7 +216,7 @@ void Corrida::leeOTermina(F&& f) {
         throw ProgramaTerminado(e.what());
     } catch (const std::exception& e) {
         ReportaError(s_, e, true);
-        throw ProgramaTerminado(std::string("Falló el paso ") + paso_ + ": " + e.what());
+        throw ProgramaTerminado(std::string("Falló el paso ") + paso_ + ": " + CausaDelError(e) + e.what());
     }
 }
 
@@ -227,8 +252,11 @@ bool Corrida::enTransaccion(F&& f) {
         f();
         if (hist_) hist_->confirma();
         paso_ = "confirmación";
+        PuntoPrueba(paso_);
         if (op_.antesDePaso) op_.antesDePaso(paso_);
         t.confirma();
+        FasePuntoPrueba('F');
+        PuntoPrueba("confirmada");
         hecho = true;
     } catch (const ProgramaTerminado&) {
         SeparaEmpresas(db);
@@ -236,7 +264,7 @@ bool Corrida::enTransaccion(F&& f) {
     } catch (const std::exception& e) {
         if (hist_) hist_->falla(paso_, e.what());
         barra().visible(false);
-        MsgCritico(s_, "La importación no se completó: falló el paso " + paso_ + ".\r\n" + e.what() +
+        MsgCritico(s_, "La importación no se completó: falló el paso " + paso_ + ".\r\n" + CausaDelError(e) + e.what() +
                            "\r\nLa información de la empresa quedó como estaba antes de la importación.");
     }
     cierraAlmacenes();
@@ -246,6 +274,7 @@ bool Corrida::enTransaccion(F&& f) {
 
 // Phases B and C.
 void Corrida::confirmaImportacion() {
+    FasePuntoPrueba('B');
     BaseDatos& db = *s_.DbEmpresa;
     paso("IdSistema", [&] {
         db.ejecuta("UPDATE Empresas SET IdSistema=? WHERE IdEmpresa=?", imp_.idSistema(), s_.IdEmpresaActual);
@@ -289,6 +318,7 @@ void Corrida::confirmaImportacion() {
 // Phase C: the auditor's review work, rebuilt on the new vouchers and
 // balances, in the order the selections depend on each other.
 void Corrida::reconstruyeRevision() {
+    FasePuntoPrueba('C');
     paso("ActualizaTotalCtaSeleccion", [&] { ActualizaTotalCtaSeleccion(s_, s_.UltimoMesNuevo); });
     paso("ActualizaTotalCtaAnalitica", [&] { ActualizaTotalCtaAnalitica(s_, s_.UltimoMesImportado); });
     paso("ReconstruyeCedulaAnalitica", [&] { ReconstruyeCedulaAnalitica(s_); });
@@ -321,6 +351,7 @@ ResultadoImportacion Corrida::termina() {
 ResultadoImportacion Corrida::importa(const ArchivosImportacion& a) {
     if (!validaArchivos(a)) return ResultadoImportacion::ArchivosFaltantes;
     if (hist_) hist_->respalda();
+    PuntoPrueba("respaldo");
     abreInconsistencias();
     leeFuentes(a);
     if (hist_) hist_->leido();
@@ -352,6 +383,7 @@ ResultadoImportacion Corrida::importa(const ArchivosImportacion& a) {
 }
 
 void Corrida::confirmaSaldosAnioAnterior() {
+    FasePuntoPrueba('B');
     paso("GuardaSaldosAnioAnterior", [&] { GuardaSaldosAnioAnterior(s_, barra()); });
     CierraCuentasTmp(s_);
     paso("DeterminaCuentasAcumulativas", [&] { DeterminaCuentasAcumulativas(s_, barra()); });
@@ -394,6 +426,9 @@ ResultadoImportacion Corrida::saldosAnioAnterior(const std::string& ruta) {
 // Each run leaves its row in the company's import history (pipeline/Historial.h).
 ResultadoImportacion EjecutaImportacion(Sesion& s, Importador& importador, const ArchivosImportacion& archivos,
                                         const OpcionesEjecucion& opciones) {
+    // Before the history, whose row of the refused run would be written
+    // into the damaged file.
+    VerificaIntegridad(s);
     HistorialCorrida historial(s, importador.idSistema(), kOperacionImportacion, archivos);
     return historial.registra([&] { return Corrida(s, importador, opciones, &historial).importa(archivos); });
 }
@@ -402,6 +437,7 @@ ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador
                                                const OpcionesEjecucion& opciones) {
     ArchivosImportacion archivos;
     archivos.saldosAnioAnterior = ruta;
+    VerificaIntegridad(s);
     HistorialCorrida historial(s, importador.idSistema(), kOperacionSaldosAnioAnterior, archivos);
     return historial.registra([&] { return Corrida(s, importador, opciones, &historial).saldosAnioAnterior(ruta); });
 }

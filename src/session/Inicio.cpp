@@ -165,6 +165,20 @@ void AbreEmpresaActual(Sesion& s, const std::string& nombCorto, int ejercicio) {
             LimpiaEmpresa(s);
         else
             LlenaEmpresa(s, fila);
+    } catch (const ErrorBaseDatos& e) {
+        // Said in the user's words: the engine's alone would not tell what
+        // to do about it.
+        const int primario = e.codigo() & 0xFF;
+        if (primario == 5 || primario == 6)  // BUSY, LOCKED: another program holds it
+            MsgCritico(s, "La base de datos de la empresa " + ruta +
+                              " está ocupada por otro programa; se esperó y no se liberó.\r\nCierre el programa que "
+                              "la usa e intente de nuevo.\r\n(" + e.mensajeMotor() + ")");
+        else if (e.esDano())
+            MsgCritico(s, "La base de datos de la empresa " + ruta +
+                              " está dañada o no es una base de datos; no se abrirá ni se modificará.\r\n"
+                              "Restáurela de su respaldo.\r\n(" + e.mensajeMotor() + ")");
+        else
+            ReportaError(s, e, true);
     } catch (const std::exception& e) {
         ReportaError(s, e, true);
     }

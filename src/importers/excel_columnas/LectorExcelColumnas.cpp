@@ -49,8 +49,8 @@ Fecha FechaDeFila(std::string texto) {
     return *fecha;
 }
 
-void ProcesaFilaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const Fila& fila, bool mes13,
-                       Movimiento& mov) {
+void ProcesaFilaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
+                       const Fila& fila, bool mes13, Movimiento& mov) {
     PolizaLeida p;
     p.Poliza = fila.campo(c.PIniNumPol);
     p.Tipo = Izquierda(fila.campo(c.PIniTipo), 10);
@@ -60,7 +60,7 @@ void ProcesaFilaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, co
     l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoSiempre, false);
     l.Referencia = Izquierda(fila.campo(c.PIniRef), 255);
     p.Concepto = fila.campo(c.PIniConcept);
-    LeeMovimiento(c, fila, mov);
+    const std::string ilegible = LeeMovimiento(c, fila, mov);
     if (p.Poliza.empty() || textoFecha.empty()) return;
     p.Fecha = FechaDeFila(textoFecha);
     p.Mes13 = mes13;
@@ -71,6 +71,11 @@ void ProcesaFilaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, co
     l.TipoMov = mov.TipoMov;
     l.Importe = mov.Importe;
     d.agregaPartida(id, l);
+    if (!ilegible.empty())
+        RegistraImporteIlegible(s, fuente.lugar(fila), ilegible, kFuentePolizas,
+                                "la partida se registró con el importe de la línea anterior, " +
+                                    mov.Importe.formatoMoneda() + ".",
+                                p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
 }
 
 }  // namespace
@@ -146,7 +151,7 @@ void ImportaPolizasExcel(Sesion& s, DestinoTmp& d, const std::string& ruta, cons
     ReglasRecorrido reglas = ReglasHoja(etiqueta, false);
     reglas.fallo = ReglasRecorrido::Fallo::FilaPoliza;
     RecorreFilas(s, fuente, reglas,
-                 [&](const Fila& fila) { ProcesaFilaPoliza(s, d, l.config, fila, mes == 13, mov); });
+                 [&](const Fila& fila) { ProcesaFilaPoliza(s, d, l.config, fuente, fila, mes == 13, mov); });
 }
 
 void ImportaSaldosAnioAntExcel(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaExcel& l) {

@@ -41,7 +41,8 @@ void ExigeDelimitador(Sesion& s, const std::string& ruta, const LecturaDelimitad
     throw ErrorLectura(mensaje, ruta, fila.numero);
 }
 
-void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const Fila& fila, Movimiento& mov) {
+void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
+                        const Fila& fila, Movimiento& mov) {
     PolizaLeida p;
     p.Poliza = fila.campo(c.PIniNumPol);
     p.Tipo = fila.campo(c.PIniTipo);
@@ -55,7 +56,7 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, c
     l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoYSeparador, false);
     l.Referencia = fila.campo(c.PIniRef);
     p.Concepto = fila.campo(c.PIniConcept);
-    LeeMovimiento(c, fila, mov);
+    const std::string ilegible = LeeMovimiento(c, fila, mov);
     if (p.Poliza.empty() || !fecha) return;
     p.Fecha = *fecha;
     long id = d.poliza(p);
@@ -64,31 +65,40 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, c
     l.TipoMov = mov.TipoMov;
     l.Importe = mov.Importe;
     d.agregaPartida(id, l);
+    if (!ilegible.empty())
+        RegistraImporteIlegible(s, fuente.lugar(fila), ilegible, kFuentePolizas,
+                                "la partida se registró con el importe de la línea anterior, " +
+                                    mov.Importe.formatoMoneda() + ".",
+                                p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
 }
 
 }  // namespace
 
-void LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
+// Returns the amount text, as the file has it, that could not be read;
+// empty when none.
+std::string LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
     if (c.PIniTipoMov != 0) {
         m.TipoMov.clear();
         m.Importe = Moneda();
         std::string indicador = fila.campo(c.PIniTipoMov);
-        if (indicador.empty()) return;
-        if (auto v = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniImporte), "0.00"))) m.Importe = *v;
+        if (indicador.empty()) return "";
+        auto v = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniImporte), "0.00"));
+        if (v) m.Importe = *v;
         m.TipoMov = indicador == "1" ? "D" : "H";
-        return;
+        return v ? "" : fila.campo(c.PIniImporte);
     }
     auto debe = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniCargo), "0.00"));
-    if (!debe) return;
+    if (!debe) return fila.campo(c.PIniCargo);
     if (!debe->esCero()) {
         m.Importe = *debe;
         m.TipoMov = "D";
-        return;
+        return "";
     }
-    if (auto haber = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniAbono), "0.00"))) {
-        m.Importe = *haber;
-        if (!haber->esCero()) m.TipoMov = "H";
-    }
+    auto haber = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniAbono), "0.00"));
+    if (!haber) return fila.campo(c.PIniAbono);
+    m.Importe = *haber;
+    if (!haber->esCero()) m.TipoMov = "H";
+    return "";
 }
 
 // The date text of a line: the whole column, or day "/" month "/" year.
@@ -123,8 +133,11 @@ void ImportaCatalogoTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, con
         std::string cuenta = LimpiaCuenta(s, fila.campo(c.PIniCuenta), OrdenLimpieza::SeparadorYRelleno, true);
         std::string ctaAcum = fila.campo(c.PIniCtaAcum);
         int nivel = c.PIniNivel != 0 ? ValEntero(fila.campo(c.PIniNivel)) : 0;
-        if (!conArchivoSaldosIniciales)
+        std::string saldoIlegible;
+        if (!conArchivoSaldosIniciales) {
             r.Saldo = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniSdoIni), "0"));
+            if (!r.Saldo) saldoIlegible = fila.campo(c.PIniSdoIni);
+        }
         ReglaLongitudCompleta(s, cuenta, nivel);
         int nivelAcum = 0;
         ReglaLongitudCompleta(s, ctaAcum, nivelAcum);
@@ -134,6 +147,9 @@ void ImportaCatalogoTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, con
         r.Nivel = nivel;
         r.Naturaleza = fila.campo(c.PIniNaturaleza);
         d.agregaCuenta(r);
+        if (!saldoIlegible.empty())
+            RegistraImporteIlegible(s, fuente.lugar(fila), saldoIlegible, kFuenteCatalogo,
+                                    "la cuenta " + cuenta + " quedó sin saldo inicial.", "", "", std::nullopt, cuenta);
     });
 }
 
@@ -170,7 +186,7 @@ void ImportaPolizasTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, cons
     Movimiento mov;
     ReglasRecorrido reglas{etiqueta, l.Titulos};
     reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
-    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fila, mov); });
+    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fuente, fila, mov); });
 }
 
 void ImportaSaldosAnioAntTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l) {

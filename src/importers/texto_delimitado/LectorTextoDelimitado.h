@@ -49,7 +49,9 @@ struct Movimiento {
 /// Reads a line's amount and direction into `m`: by the indicator column
 /// ("1" a debit, any other text a credit; empty leaves no direction and 0),
 /// or by the debit and credit columns (both zero keeps the direction).
-void LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m);
+/// Returns the amount text, as the file has it, that could not be read
+/// (the line then keeps what `m` held); empty when none.
+std::string LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m);
 
 /// The date text of a line: the whole column `PIniDia` when the month or
 /// year column is absent, else day "/" month "/" year ("" when one is empty).

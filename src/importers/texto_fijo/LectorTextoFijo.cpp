@@ -4,6 +4,7 @@
 
 #include "importers/Limpieza.h"
 #include "importers/Recorrido.h"
+#include "pipeline/Inconsistencias.h"
 #include "platform/ArchivoTexto.h"
 #include "platform/ErrorLectura.h"
 #include "platform/Numeros.h"
@@ -85,32 +86,37 @@ struct Movimiento {
     Moneda Importe;
 };
 
-void LeeMovimiento(const E& c, const Fila& fila, Movimiento& m) {
+// Returns the amount text, as the file has it, that could not be read;
+// empty when none.
+std::string LeeMovimiento(const E& c, const Fila& fila, Movimiento& m) {
     m.TipoMov.clear();
     if (Presente(c.PIniTipoMov, c.LongTipoMov)) {
         m.Importe = Moneda();
         // The indicator is taken as it stands: a blank is not empty, and
         // like any text but "1" it means credit.
         const std::string indicador = fila[kTipoMov].comoTexto();
-        if (indicador.empty()) return;
-        if (auto v = ConvierteImporte(LimpiaImporte(fila.campo(kImporte), "0.00"))) m.Importe = *v;
+        if (indicador.empty()) return "";
+        auto v = ConvierteImporte(LimpiaImporte(fila.campo(kImporte), "0.00"));
+        if (v) m.Importe = *v;
         m.TipoMov = indicador == "1" ? "D" : "H";
-        return;
+        return v ? "" : fila.campo(kImporte);
     }
     auto debe = ConvierteImporte(LimpiaImporte(fila.campo(kCargo), "0.00"));
-    if (!debe) return;
+    if (!debe) return fila.campo(kCargo);
     if (!debe->esCero()) {
         m.Importe = *debe;
         m.TipoMov = "D";
-        return;
+        return "";
     }
-    if (auto haber = ConvierteImporte(LimpiaImporte(fila.campo(kAbono), "0.00"))) {
-        m.Importe = *haber;
-        if (!haber->esCero()) m.TipoMov = "H";
-    }
+    auto haber = ConvierteImporte(LimpiaImporte(fila.campo(kAbono), "0.00"));
+    if (!haber) return fila.campo(kAbono);
+    m.Importe = *haber;
+    if (!haber->esCero()) m.TipoMov = "H";
+    return "";
 }
 
-void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const E& c, const Fila& fila, Movimiento& mov) {
+void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const E& c, const FuenteRegistros& fuente, const Fila& fila,
+                        Movimiento& mov) {
     PolizaLeida p;
     p.Tipo = fila.campo(kTipo);
     p.Poliza = fila.campo(kNumPol);
@@ -122,7 +128,7 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const E& c, const Fila& fila, 
     l.Cuenta = LimpiaCuenta(s, fila.campo(kCtaPol), OrdenLimpieza::RellenoYSeparador, false);
     const std::string referencia = fila.campo(kRef);
     p.Concepto = fila.campo(kConcept);
-    LeeMovimiento(c, fila, mov);
+    const std::string ilegible = LeeMovimiento(c, fila, mov);
     if (p.Poliza.empty()) return;
     p.Fecha = *fecha;
     long id = d.poliza(p);
@@ -133,6 +139,11 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const E& c, const Fila& fila, 
     l.TipoMov = mov.TipoMov;
     l.Importe = mov.Importe;
     d.agregaPartida(id, l);
+    if (!ilegible.empty())
+        RegistraImporteIlegible(s, fuente.lugar(fila), ilegible, kFuentePolizas,
+                                "la partida se registró con el importe de la línea anterior, " +
+                                    mov.Importe.formatoMoneda() + ".",
+                                p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
 }
 
 }  // namespace
@@ -170,6 +181,9 @@ void ImportaCatalogoFijo(Sesion& s, DestinoTmp& d, const std::string& ruta, cons
         r.Naturaleza = fila.campo(kNaturaleza);
         r.Saldo = ConvierteImporte(LimpiaImporte(fila.campo(kSdoIni), "0"));
         d.agregaCuenta(r);
+        if (!r.Saldo)
+            RegistraImporteIlegible(s, fuente.lugar(fila), fila.campo(kSdoIni), kFuenteCatalogo,
+                                    "la cuenta " + cuenta + " quedó sin saldo inicial.", "", "", std::nullopt, cuenta);
     });
 }
 
@@ -180,7 +194,7 @@ void ImportaPolizasFijo(Sesion& s, DestinoTmp& d, const std::string& ruta, const
     Movimiento mov;
     ReglasRecorrido reglas{etiqueta};
     reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
-    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, c, fila, mov); });
+    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, c, fuente, fila, mov); });
 }
 
 // ------------------------------------------------------------ Preview

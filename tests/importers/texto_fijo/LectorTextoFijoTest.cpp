@@ -229,6 +229,13 @@ TEST_F(LecturaFija, DireccionEImporteDeCadaLinea) {
         EXPECT_EQ(Movimientos(), c.movimientos) << c.nombre;
     }
     EXPECT_TRUE(ui.mensajes.empty());
+    // The amount not read is not lost without a word: the log names it,
+    // with the file and the line.
+    Consulta log = s.DbEmpresa->consulta("SELECT Referencia FROM InconsisImpTmp.InconsisImpTmp");
+    ASSERT_EQ(log.cuentaRegistros(), 1u);
+    const std::string texto = log.campo(0).texto();
+    EXPECT_NE(texto.find("El importe 12- del archivo"), std::string::npos) << texto;
+    EXPECT_NE(texto.find("pol.txt, línea 2"), std::string::npos) << texto;
 }
 
 TEST_F(LecturaFija, ReferenciaConConceptoTipoCompletoYContadorPropio) {
