@@ -42,6 +42,7 @@ escribe("importes", [
     "922337203685477.5807", "922337203685477.5808", "-922337203685477.5808",
     "1.5E-3", "$-45.10", "12-", "  7,000,000.1234  ", "", "-", ".", "1..2", "1,2,3.4",
     "99999999999999999999999999999", "0x10", "&H10", "1D2", "Ø",
+    "922337203685477.5807" + "9" * 60,
 ])
 
 # -------------------------------------------------------------------- Dates
@@ -50,6 +51,7 @@ escribe("fechas", [
     "15/01/2024 00:00:00", "31/12/2024 3:05 p.m.", "29/02/2023", "29/02/2024", "31/ENE/2024",
     "5-Feb-24", "31 DICIEMBRE 2024", "01/13/2024", "00/00/0000", "2024-02-30", "9999-12-31",
     "1/1/99", "31.12.2024", "31 MZO 2024",
+    "2024-" + "4" * 40 + "01-15\t",
 ])
 
 # ---------------------------------------------------------- Account codes
@@ -93,28 +95,33 @@ escribe("texto_fijo", [
 def xlsx(filas, formula=False):
     b = io.BytesIO()
     z = zipfile.ZipFile(b, "w", zipfile.ZIP_DEFLATED)
-    z.writestr("[Content_Types].xml",
+
+    def parte(nombre, texto):  # a fixed date, so that the seeds do not change on every run
+        info = zipfile.ZipInfo(nombre, (2024, 1, 1, 0, 0, 0))
+        info.compress_type = zipfile.ZIP_DEFLATED
+        z.writestr(info, texto)
+    parte("[Content_Types].xml",
                '<?xml version="1.0" encoding="UTF-8"?><Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">'
                '<Default Extension="rels" ContentType="application/vnd.openxmlformats-package.relationships+xml"/>'
                '<Default Extension="xml" ContentType="application/xml"/>'
                '<Override PartName="/xl/workbook.xml" ContentType="application/vnd.openxmlformats-officedocument.spreadsheetml.sheet.main+xml"/>'
                '<Override PartName="/xl/worksheets/sheet1.xml" ContentType="application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml"/>'
                '</Types>')
-    z.writestr("_rels/.rels",
+    parte("_rels/.rels",
                '<?xml version="1.0" encoding="UTF-8"?><Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">'
                '<Relationship Id="rId1" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument" Target="xl/workbook.xml"/>'
                '</Relationships>')
-    z.writestr("xl/workbook.xml",
+    parte("xl/workbook.xml",
                '<?xml version="1.0" encoding="UTF-8"?><workbook xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main" '
                'xmlns:r="http://schemas.openxmlformats.org/officeDocument/2006/relationships"><sheets>'
                '<sheet name="Hoja1" sheetId="1" r:id="rId1"/></sheets></workbook>')
-    z.writestr("xl/_rels/workbook.xml.rels",
+    parte("xl/_rels/workbook.xml.rels",
                '<?xml version="1.0" encoding="UTF-8"?><Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">'
                '<Relationship Id="rId1" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/worksheet" Target="worksheets/sheet1.xml"/>'
                '<Relationship Id="rId2" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/sharedStrings" Target="sharedStrings.xml"/>'
                '<Relationship Id="rId3" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/styles" Target="styles.xml"/>'
                '</Relationships>')
-    z.writestr("xl/styles.xml",
+    parte("xl/styles.xml",
                '<?xml version="1.0" encoding="UTF-8"?><styleSheet xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main">'
                '<numFmts count="1"><numFmt numFmtId="164" formatCode="dd/mm/yyyy"/></numFmts>'
                '<cellXfs count="2"><xf numFmtId="0"/><xf numFmtId="164" applyNumberFormat="1"/></cellXfs></styleSheet>')
@@ -134,10 +141,10 @@ def xlsx(filas, formula=False):
         if formula:
             celdas.append('<c r="%s%d"><f>SUM(B1:B2)</f><v>3</v></c>' % (chr(65 + len(fila)), r))
         filas_xml.append('<row r="%d">%s</row>' % (r, "".join(celdas)))
-    z.writestr("xl/sharedStrings.xml",
+    parte("xl/sharedStrings.xml",
                '<?xml version="1.0" encoding="UTF-8"?><sst xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main">' +
                "".join("<si><t>%s</t></si>" % t for t in textos) + "</sst>")
-    z.writestr("xl/worksheets/sheet1.xml",
+    parte("xl/worksheets/sheet1.xml",
                '<?xml version="1.0" encoding="UTF-8"?><worksheet xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main">'
                '<dimension ref="A1:E4"/><sheetData>' + "".join(filas_xml) + "</sheetData></worksheet>")
     z.close()
