@@ -173,6 +173,24 @@ FILAS = [["Cuenta", "Importe", "Fecha", "Nombre"],
 escribe("libro", [xlsx(FILAS), xlsx(FILAS, formula=True), xls(FILAS), xls([["a"], [1]])])
 
 
+# ------------------------------------------------------------ Zip archives
+def zip_de(partes):
+    b = io.BytesIO()
+    with zipfile.ZipFile(b, "w", zipfile.ZIP_DEFLATED) as z:
+        for nombre, datos in partes:
+            info = zipfile.ZipInfo(nombre, (2024, 1, 1, 0, 0, 0))
+            info.compress_type = zipfile.ZIP_DEFLATED
+            z.writestr(info, datos)
+    return b.getvalue()
+
+
+escribe("zip", [
+    zip_de([("CATALOGO.TXT", "100,Activo\r\n"), ("POLIZAS/ENE.TXT", "1,2\r\n")]),
+    zip_de([("A\u00d1O.TXT", "x")]),
+    zip_de([("../fuera.txt", "x")]),
+    zip_de([("carpeta/", ""), ("carpeta/b.txt", "b" * 300)]),
+])
+
 # ------------------------------------------------------------------ Tables
 def tabla(especificacion, registros, version, borra=None):
     d = tempfile.mkdtemp()
