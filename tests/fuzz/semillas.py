@@ -192,11 +192,11 @@ escribe("zip", [
 ])
 
 # ------------------------------------------------------------------ Tables
-def tabla(especificacion, registros, version, borra=None):
+def tabla(campos, registros, version, borra=None):
     d = tempfile.mkdtemp()
     try:
         ruta = os.path.join(d, "TABLA.DBF")
-        t = dbf.Table(ruta, especificacion, dbf_type=version, codepage="cp1252")
+        t = dbf.Table(ruta, campos, dbf_type=version, codepage="cp1252")
         t.open(dbf.READ_WRITE)
         for r in registros:
             t.append(r)
