@@ -30,6 +30,7 @@ PACKAGES=(
   libfreexl-dev             # .xls workbooks
   libxlsxwriter-dev         # tests write their .xlsx fixtures with it
   python3-xlwt              # tests write their .xls fixtures with it (run by /usr/bin/python3)
+  clang-14 libclang-rt-14-dev  # fuzz targets: libFuzzer, AddressSanitizer and UBSan (build-fuzz, tests/fuzz)
 )
 
 missing=()

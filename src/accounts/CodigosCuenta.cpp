@@ -116,39 +116,54 @@ std::string FormatoDeCeros(const std::string& pieza, size_t ancho) {
 
 /// A piece padded as level `nivel`: zeros on the left when short, its
 /// leftmost characters lost when long, then number-formatted if numeric.
-std::string RellenaPieza(const Sesion& s, const std::string& pieza, int nivel) {
-    std::string ceros = CerosDeNivel(s, nivel);
+std::string RellenaPieza(const FormatoCuenta& f, const std::string& pieza, int nivel) {
+    std::string ceros = CerosDeNivel(f, nivel);
     std::string p = pieza;
     if (LongitudCaracteres(p) != ceros.size()) p = DerechaCaracteres(ceros + p, ceros.size());
     if (p.empty()) return p;
     return EsTextoNumerico(p) ? FormatoDeCeros(p, ceros.size()) : p;
 }
 
-std::string RellenaPorSeparadores(const Sesion& s, const std::string& texto, size_t p) {
-    const std::string& sep = s.SeparadorEmpresa;
+std::string RellenaPorSeparadores(const FormatoCuenta& f, const std::string& texto, size_t p) {
+    const std::string& sep = f.separador;
     std::string resultado, resto = texto;
     int nivel = 0;
     while (p != std::string::npos) {
         ++nivel;
-        resultado += RellenaPieza(s, resto.substr(0, p), nivel);
+        resultado += RellenaPieza(f, resto.substr(0, p), nivel);
         resto = resto.substr(p + sep.size());
         p = resto.find(sep);
-        if (nivel == s.NumeroNiveles) break;
+        if (nivel == f.niveles) break;
     }
     if (resto.empty()) return resultado;
-    if (++nivel > s.NumeroNiveles) return resultado;
-    return resultado + RellenaPieza(s, resto, nivel);
+    if (++nivel > f.niveles) return resultado;
+    return resultado + RellenaPieza(f, resto, nivel);
 }
 
-std::string RellenaPorLongitudes(const Sesion& s, const std::string& texto) {
-    int n = std::min<int>(NivelesPorLongitud(s, texto), s.NumeroNiveles);
+std::string RellenaPorLongitudes(const FormatoCuenta& f, const std::string& texto) {
+    int n = std::min<int>(NivelesPorLongitud(f, texto), f.niveles);
     std::string resultado;
     size_t posicion = 1;
     for (int i = 1; i <= n; ++i) {
-        size_t largo = static_cast<size_t>(LongitudNivel(s, i));
-        resultado += RellenaPieza(s, Medio(texto, posicion, largo), i);
+        size_t largo = static_cast<size_t>(LongitudNivel(f, i));
+        resultado += RellenaPieza(f, Medio(texto, posicion, largo), i);
         posicion += largo;
     }
+    return resultado;
+}
+
+/// The first `n` levels of an unseparated code joined by the separator;
+/// the code unchanged below one level.
+std::string FormateaHastaNivel(const FormatoCuenta& f, const std::string& cuenta, int n) {
+    if (n < 1) return cuenta;
+    std::string resultado;
+    size_t p = 1;
+    for (int i = 1; i <= n; ++i) {
+        size_t largo = static_cast<size_t>(LongitudNivel(f, i));
+        resultado += Medio(cuenta, p, largo) + f.separador;
+        p += largo;
+    }
+    resultado.resize(resultado.size() - f.separador.size());  // the last separator
     return resultado;
 }
 
@@ -158,105 +173,101 @@ const std::string kAvisoAlfanumericas =
 
 }  // namespace
 
+FormatoCuenta FormatoCuenta::De(const Sesion& s) {
+    FormatoCuenta f;
+    f.mascara = s.FormatoCtaEmpresa;
+    f.separador = s.SeparadorEmpresa;
+    f.niveles = s.NumeroNiveles;
+    f.longitudes = s.LongitudesNivel;
+    f.rellenaCeros = s.RellenaCeros;
+    f.catalogoArbol = s.CatalogoArbol;
+    return f;
+}
+
+CuentaAlfanumerica::CuentaAlfanumerica() : std::runtime_error(kAvisoAlfanumericas) {}
+
 // ---------------------------------------------------------- Level structure
 
-int LongitudNivel(const Sesion& s, int nivel) {
-    if (nivel < 1 || nivel > s.NumeroNiveles || static_cast<size_t>(nivel) > s.LongitudesNivel.size()) return 0;
-    int largo = s.LongitudesNivel[static_cast<size_t>(nivel - 1)];
+int LongitudNivel(const FormatoCuenta& f, int nivel) {
+    if (nivel < 1 || nivel > f.niveles || static_cast<size_t>(nivel) > f.longitudes.size()) return 0;
+    int largo = f.longitudes[static_cast<size_t>(nivel - 1)];
     return largo < 1 ? 0 : largo;
 }
 
-std::string CerosDeNivel(const Sesion& s, int nivel) {
-    return std::string(static_cast<size_t>(LongitudNivel(s, nivel)), '0');
+std::string CerosDeNivel(const FormatoCuenta& f, int nivel) {
+    return std::string(static_cast<size_t>(LongitudNivel(f, nivel)), '0');
 }
 
-int NivelesPorLongitud(const Sesion& s, const std::string& texto) {
+int NivelesPorLongitud(const FormatoCuenta& f, const std::string& texto) {
     if (texto.find('-') != std::string::npos) {
         int guiones = 0;
         for (char c : texto) guiones += c == '-';
         return guiones + 1;
     }
     size_t largo = LongitudCaracteres(texto), suma = 0;
-    for (int i = 1; i <= s.NumeroNiveles; ++i) {
-        suma += static_cast<size_t>(LongitudNivel(s, i));
+    for (int i = 1; i <= f.niveles; ++i) {
+        suma += static_cast<size_t>(LongitudNivel(f, i));
         if (largo <= suma) return i;
     }
-    return s.NumeroNiveles + 1;
+    return f.niveles + 1;
 }
 
 // ------------------------------------------------------------- Conversions
 
-std::string RellenaCuenta(const Sesion& s, const std::string& texto) {
+std::string RellenaCuenta(const FormatoCuenta& f, const std::string& texto) {
     std::string t = RecortaBlancos(texto);
-    if (!s.RellenaCeros) return t;
-    size_t p = s.SeparadorEmpresa.empty() ? std::string::npos : t.find(s.SeparadorEmpresa);
-    return p != std::string::npos ? RellenaPorSeparadores(s, t, p) : RellenaPorLongitudes(s, t);
+    if (!f.rellenaCeros) return t;
+    size_t p = f.separador.empty() ? std::string::npos : t.find(f.separador);
+    return p != std::string::npos ? RellenaPorSeparadores(f, t, p) : RellenaPorLongitudes(f, t);
 }
 
-std::string QuitaSeparadores(const Sesion& s, const std::string& cuenta) {
-    if (s.SeparadorEmpresa.empty()) return cuenta;
+std::string QuitaSeparadores(const FormatoCuenta& f, const std::string& cuenta) {
+    if (f.separador.empty()) return cuenta;
     std::string resultado;
     size_t p = 0;
-    for (int i = 1; i <= s.NumeroNiveles; ++i) {
-        size_t largo = static_cast<size_t>(LongitudNivel(s, i));
+    for (int i = 1; i <= f.niveles; ++i) {
+        size_t largo = static_cast<size_t>(LongitudNivel(f, i));
         resultado += Medio(cuenta, p + 1, largo);
         p += largo + 1;
     }
     return resultado;
 }
 
-std::string FormateaCuenta(Sesion& s, const std::string& cuenta) {
-    if (!s.CatalogoArbol || s.SeparadorEmpresa.empty()) return cuenta;
-    int n = CalculaNivelCuenta(s, cuenta, false);
-    if (n < 1) return cuenta;
-    std::string resultado;
-    size_t p = 1;
-    for (int i = 1; i <= n; ++i) {
-        size_t largo = static_cast<size_t>(LongitudNivel(s, i));
-        resultado += Medio(cuenta, p, largo) + s.SeparadorEmpresa;
-        p += largo;
-    }
-    resultado.resize(resultado.size() - s.SeparadorEmpresa.size());  // the last separator
-    return resultado;
+std::string FormateaCuenta(const FormatoCuenta& f, const std::string& cuenta) {
+    if (!f.catalogoArbol || f.separador.empty()) return cuenta;
+    return FormateaHastaNivel(f, cuenta, NivelesDeCuenta(f, cuenta, false).niveles);
 }
 
-int CalculaNivelCuenta(Sesion& s, const std::string& cuenta, bool ignoraCeros) {
+NivelesCuenta NivelesDeCuenta(const FormatoCuenta& f, const std::string& cuenta, bool ignoraCeros) {
     size_t pm = 0, pc = 0;
-    for (int i = 1; i <= s.NumeroNiveles; ++i) {
-        size_t largo = static_cast<size_t>(LongitudNivel(s, i));
-        std::string mascara = Medio(s.FormatoCtaEmpresa, pm + 1, largo);
-        pm += largo + (s.SeparadorEmpresa.empty() ? 0 : 1);
+    for (int i = 1; i <= f.niveles; ++i) {
+        size_t largo = static_cast<size_t>(LongitudNivel(f, i));
+        std::string mascara = Medio(f.mascara, pm + 1, largo);
+        pm += largo + (f.separador.empty() ? 0 : 1);
         std::string pieza = Medio(cuenta, pc + 1, largo);
         double valor = 0;
         try {
             valor = ValorInicial(pieza);
-        } catch (const std::overflow_error& e) {
-            if (!EsTextoNumerico(pieza)) {
-                MsgAviso(s, kAvisoAlfanumericas);
-                throw ProgramaTerminado(kAvisoAlfanumericas);
-            }
-            ReportaError(s, e, true);
-            return i - 1;
+        } catch (const std::overflow_error&) {
+            if (!EsTextoNumerico(pieza)) throw CuentaAlfanumerica();
+            return {i - 1, true};
         }
         bool numerica = EsTextoNumerico(mascara) && valor != 0;
-        if (!numerica && !TieneCaracterSignificativo(Medio(cuenta, pc + 1), ignoraCeros)) return i - 1;
+        if (!numerica && !TieneCaracterSignificativo(Medio(cuenta, pc + 1), ignoraCeros)) return {i - 1, false};
         pc += largo;
     }
-    return s.NumeroNiveles;
+    return {f.niveles, false};
 }
 
-std::string CuentaHastaNivel(Sesion& s, const std::string& cuenta, int nivel) {
-    if (nivel > s.NumeroNiveles) {
-        std::string texto = "Error al leer el nivel de la Cuenta: " + cuenta + " - Nivel: " + std::to_string(nivel) +
-                            "\r\nEl nivel sobrepasa al formato definido: " + s.FormatoCtaEmpresa +
-                            " - Nivel: " + std::to_string(s.NumeroNiveles);
-        MsgCritico(s, texto);
-        throw ProgramaTerminado(texto);
-    }
+std::string CuentaHastaNivel(const FormatoCuenta& f, const std::string& cuenta, int nivel) {
+    if (nivel > f.niveles)
+        throw NivelFueraDeFormato("Error al leer el nivel de la Cuenta: " + cuenta + " - Nivel: " +
+                                  std::to_string(nivel) + "\r\nEl nivel sobrepasa al formato definido: " +
+                                  f.mascara + " - Nivel: " + std::to_string(f.niveles));
     std::string resultado;
     size_t p = 1;
     for (int i = 1; i <= nivel; ++i) {
-        size_t largo = static_cast<size_t>(LongitudNivel(s, i));
+        size_t largo = static_cast<size_t>(LongitudNivel(f, i));
         resultado += Medio(cuenta, p, largo);
         p += largo;
     }
@@ -265,38 +276,38 @@ std::string CuentaHastaNivel(Sesion& s, const std::string& cuenta, int nivel) {
 
 // -------------------------------------------------------------------- Mask
 
-std::vector<int> PosicionesSeparador(const Sesion& s) {
+std::vector<int> PosicionesSeparador(const FormatoCuenta& f) {
     std::vector<int> lista;
-    if (!s.SeparadorEmpresa.empty()) {
-        size_t largo = LongitudCaracteres(s.FormatoCtaEmpresa);
+    if (!f.separador.empty()) {
+        size_t largo = LongitudCaracteres(f.mascara);
         for (size_t p = 1; p <= largo; ++p)
-            if (Medio(s.FormatoCtaEmpresa, p, 1) == s.SeparadorEmpresa) lista.push_back(static_cast<int>(p));
+            if (Medio(f.mascara, p, 1) == f.separador) lista.push_back(static_cast<int>(p));
     }
     if (lista.empty()) lista.push_back(0);  // the one empty element
     return lista;
 }
 
-bool CuentaCumpleFormato(const Sesion& s, const std::string& texto, const std::vector<int>& lista) {
+bool CuentaCumpleFormato(const FormatoCuenta& f, const std::string& texto, const std::vector<int>& lista) {
     size_t largo = LongitudCaracteres(texto);
     for (size_t p = 1; p <= largo; ++p) {
         std::string caracter = Medio(texto, p, 1);
         if (caracter.empty()) return true;
         int posicion = static_cast<int>(p);
-        if (!EsPosicionSeparador(s, posicion, caracter, lista) && !CaracterCumpleMascara(s, posicion, caracter))
+        if (!EsPosicionSeparador(f, posicion, caracter, lista) && !CaracterCumpleMascara(f, posicion, caracter))
             return false;
     }
     return true;
 }
 
-bool EsPosicionSeparador(const Sesion& s, int posicion, const std::string& caracter, const std::vector<int>& lista) {
+bool EsPosicionSeparador(const FormatoCuenta& f, int posicion, const std::string& caracter, const std::vector<int>& lista) {
     if (caracter.empty()) return false;
     for (int elemento : lista)
-        if (elemento == posicion && (s.SeparadorEmpresa == caracter || caracter == " ")) return true;
+        if (elemento == posicion && (f.separador == caracter || caracter == " ")) return true;
     return false;
 }
 
-bool CaracterCumpleMascara(const Sesion& s, int posicion, const std::string& caracter) {
-    std::string letra = posicion < 1 ? "" : Medio(s.FormatoCtaEmpresa, static_cast<size_t>(posicion), 1);
+bool CaracterCumpleMascara(const FormatoCuenta& f, int posicion, const std::string& caracter) {
+    std::string letra = posicion < 1 ? "" : Medio(f.mascara, static_cast<size_t>(posicion), 1);
     if (letra == "9") return Contiene(kDigitosMascara, caracter);
     if (letra == "X" || letra == "A") return Contiene(kAlfanumericosMascara, MayusculasAscii(caracter));
     return false;
@@ -314,6 +325,64 @@ bool TieneCaracterSignificativo(const std::string& texto, bool ignoraCeros) {
     for (char c : texto)
         if (Contiene(conjunto, std::string(1, c))) return true;
     return false;
+}
+
+// ------------------------------------------------------------- Session
+
+std::string RellenaCuenta(const Sesion& s, const std::string& texto) {
+    return RellenaCuenta(FormatoCuenta::De(s), texto);
+}
+
+std::string QuitaSeparadores(const Sesion& s, const std::string& cuenta) {
+    return QuitaSeparadores(FormatoCuenta::De(s), cuenta);
+}
+
+std::string FormateaCuenta(Sesion& s, const std::string& cuenta) {
+    if (!s.CatalogoArbol || s.SeparadorEmpresa.empty()) return cuenta;
+    return FormateaHastaNivel(FormatoCuenta::De(s), cuenta, CalculaNivelCuenta(s, cuenta, false));
+}
+
+int CalculaNivelCuenta(Sesion& s, const std::string& cuenta, bool ignoraCeros) {
+    NivelesCuenta n;
+    try {
+        n = NivelesDeCuenta(FormatoCuenta::De(s), cuenta, ignoraCeros);
+    } catch (const CuentaAlfanumerica& e) {
+        MsgAviso(s, e.what());
+        throw ProgramaTerminado(e.what());
+    }
+    if (n.desbordamiento) ReportaError(s, std::overflow_error("Overflow"), true);
+    return n.niveles;
+}
+
+std::string CuentaHastaNivel(Sesion& s, const std::string& cuenta, int nivel) {
+    try {
+        return CuentaHastaNivel(FormatoCuenta::De(s), cuenta, nivel);
+    } catch (const NivelFueraDeFormato& e) {
+        MsgCritico(s, e.what());
+        throw ProgramaTerminado(e.what());
+    }
+}
+
+int NivelesPorLongitud(const Sesion& s, const std::string& texto) {
+    return NivelesPorLongitud(FormatoCuenta::De(s), texto);
+}
+
+int LongitudNivel(const Sesion& s, int nivel) { return LongitudNivel(FormatoCuenta::De(s), nivel); }
+
+std::string CerosDeNivel(const Sesion& s, int nivel) { return CerosDeNivel(FormatoCuenta::De(s), nivel); }
+
+std::vector<int> PosicionesSeparador(const Sesion& s) { return PosicionesSeparador(FormatoCuenta::De(s)); }
+
+bool CuentaCumpleFormato(const Sesion& s, const std::string& texto, const std::vector<int>& lista) {
+    return CuentaCumpleFormato(FormatoCuenta::De(s), texto, lista);
+}
+
+bool EsPosicionSeparador(const Sesion& s, int posicion, const std::string& caracter, const std::vector<int>& lista) {
+    return EsPosicionSeparador(FormatoCuenta::De(s), posicion, caracter, lista);
+}
+
+bool CaracterCumpleMascara(const Sesion& s, int posicion, const std::string& caracter) {
+    return CaracterCumpleMascara(FormatoCuenta::De(s), posicion, caracter);
 }
 
 // ------------------------------------------------------------------ Months

@@ -7,33 +7,37 @@
 
 namespace velmorant {
 
-std::string LimpiaCuenta(Sesion& s, std::string t, OrdenLimpieza orden, bool quitaTabuladores) {
+std::string LimpiaCuenta(Sesion& s, std::string texto, OrdenLimpieza orden, bool quitaTabuladores) {
+    return LimpiaCuenta(FormatoCuenta::De(s), std::move(texto), orden, quitaTabuladores);
+}
+
+std::string LimpiaCuenta(const FormatoCuenta& f, std::string t, OrdenLimpieza orden, bool quitaTabuladores) {
     if (quitaTabuladores) t = QuitaCaracter(t, "\t");
     t = QuitaCaracter(t, " ");
     if (t.empty()) return t;
-    const std::string& sep = s.SeparadorEmpresa;
+    const std::string& sep = f.separador;
     auto quitaSeparador = [&] {
         if (!sep.empty() && t.find(sep) != std::string::npos) t = QuitaCaracter(t, sep);
     };
     switch (orden) {
         case OrdenLimpieza::SeparadorYRelleno:
             quitaSeparador();
-            if (EsTextoNumerico(t)) t = RellenaCuenta(s, t);
+            if (EsTextoNumerico(t)) t = RellenaCuenta(f, t);
             return t;
         case OrdenLimpieza::RellenoYSeparador:
-            if (EsTextoNumerico(t)) t = RellenaCuenta(s, t);
+            if (EsTextoNumerico(t)) t = RellenaCuenta(f, t);
             quitaSeparador();
             return QuitaCaracter(t, " ");
         case OrdenLimpieza::RellenoSiempre:
-            t = RellenaCuenta(s, t);
+            t = RellenaCuenta(f, t);
             quitaSeparador();
             return t;
         case OrdenLimpieza::RellenoConSeparador:
             if (!sep.empty() && t.find(sep) != std::string::npos) {
-                t = RellenaCuenta(s, t);
+                t = RellenaCuenta(f, t);
                 quitaSeparador();
             }
-            if (s.RellenaCeros && EsTextoNumerico(t)) t = RellenaCuenta(s, t);
+            if (f.rellenaCeros && EsTextoNumerico(t)) t = RellenaCuenta(f, t);
             return t;
     }
     return t;

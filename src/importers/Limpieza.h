@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "accounts/CodigosCuenta.h"
 #include "platform/Fecha.h"
 #include "platform/Moneda.h"
 #include "session/Sesion.h"
@@ -36,6 +37,8 @@ enum class OrdenLimpieza {
 /// Removes spaces (and tabs, with `quitaTabuladores`) and cleans the code in
 /// the given order. An empty code stays empty, so that its row adds nothing.
 std::string LimpiaCuenta(Sesion& s, std::string texto, OrdenLimpieza orden, bool quitaTabuladores);
+/// The same on the company's format as a value.
+std::string LimpiaCuenta(const FormatoCuenta& f, std::string texto, OrdenLimpieza orden, bool quitaTabuladores);
 
 /// Characters of a whole code: the company's account format without its "-".
 size_t LongitudCompleta(const Sesion& s);

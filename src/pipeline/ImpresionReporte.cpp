@@ -43,7 +43,7 @@ struct Encabezado {
 
 class Cortes {
 public:
-    explicit Cortes(QTextDocument& doc) : doc_(doc), layout_(*doc.documentLayout()) {}
+    explicit Cortes(QTextDocument& doc) : layout_(*doc.documentLayout()) {}
 
     void recorre(QTextFrame* marco) {
         for (auto it = marco->begin(); !it.atEnd(); ++it) {
@@ -61,7 +61,6 @@ public:
     std::vector<Encabezado> encabezados;
 
 private:
-    QTextDocument& doc_;
     QAbstractTextDocumentLayout& layout_;
 
     void lineas(const QTextBlock& bloque) {

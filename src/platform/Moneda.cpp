@@ -100,6 +100,8 @@ std::optional<Moneda> Moneda::desdeTexto(std::string_view texto) {
                           (primero == '5' && resto.find_first_not_of('0', 1) != std::string::npos);
         bool mitad = primero == '5' && !masDeMitad;
         if (masDeMitad || (mitad && (valor % 2 == 1))) ++valor;
+        // Rounding up may carry the value past the range.
+        if (valor > static_cast<unsigned long long>(std::numeric_limits<std::int64_t>::max())) return std::nullopt;
     }
     auto firmado = static_cast<std::int64_t>(valor);
     return Moneda(n.negativo ? -firmado : firmado);

@@ -247,6 +247,7 @@ std::optional<Fecha> LeeFecha(const std::string& entrada) {
     std::string textoAnio;
     if (SoloDigitos(piezas[0]) && piezas[0].size() == 4 && SoloDigitos(piezas[1]) && SoloDigitos(piezas[2]) &&
         piezas[2].size() <= 2) {
+        if (piezas[1].size() > 2) return std::nullopt;  // no month has more digits (nor fits a number)
         // Year first (ISO).
         textoAnio = piezas[0];
         mes = std::stol(piezas[1]);

@@ -48,7 +48,7 @@ constexpr unsigned kFraccionesPorSegundo = 10000;
 
 // Character sets by their engine number.
 constexpr unsigned kJuegoNone = 0;
-constexpr unsigned kJuegoOctets = 1;
+[[maybe_unused]] constexpr unsigned kJuegoOctets = 1;  // named for the list; binary text is not decoded
 constexpr unsigned kJuegoAscii = 2;
 constexpr unsigned kJuegoUnicodeFss = 3;
 constexpr unsigned kJuegoUtf8 = 4;

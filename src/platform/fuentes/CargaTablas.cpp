@@ -1,7 +1,9 @@
 #include "platform/fuentes/CargaTablas.h"
 
+#include <cctype>
 #include <charconv>
 #include <cstdio>
+#include <set>
 
 #include "platform/ErrorLectura.h"
 #include "platform/fuentes/FuenteDbf.h"
@@ -126,7 +128,14 @@ AlmacenColumna AlmacenCampoDbf(char tipo, int decimales) {
 long CargaTablaDbf(BaseDatos& memoria, const std::string& ruta, const std::string& nombreTabla) {
     FuenteDbf fuente(ruta);
     std::vector<ColumnaCarga> columnas;
+    std::set<std::string> nombres;  // as SQL compares them: without case
     for (const auto& c : fuente.campos()) {
+        std::string clave = c.nombre;
+        for (char& ch : clave) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+        if (!nombres.insert(clave).second)
+            throw ErrorLectura("El archivo " + ruta + " está dañado: el campo " + c.nombre +
+                                   " está repetido en el encabezado.",
+                               ruta, 0);
         // A dBase IV binary memo shares its letter with the Visual FoxPro double.
         bool binario = c.tipo == 'B' && c.largo != 8;
         columnas.push_back({c.nombre, binario ? AlmacenColumna::Binario : AlmacenCampoDbf(c.tipo, c.decimales)});
