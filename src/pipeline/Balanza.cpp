@@ -12,6 +12,7 @@
 #include "store/EsquemaEmpresa.h"
 #include "pipeline/Inconsistencias.h"
 #include "pipeline/LineasPorPoliza.h"
+#include "pipeline/MesPorIndice.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -105,15 +106,18 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
 
 void PostaPolizasDelMes(Sesion& s, int mes) {
     BaseDatos& db = EmpresaAbierta(s);
-    Consulta polizas = db.consulta(
-        "SELECT IdPoliza, Poliza, Tipo, Fecha, Poliza_Mes13, Poliza_Ajuste FROM Polizas "
-        "WHERE Cuadrada AND NOT IFNULL(Poliza_Deshabilitada,0) AND Month(Fecha)=? ORDER BY IdPoliza ASC",
-        mes);
+    const FiltroMes delMes = FiltroDeMes(db, "Polizas", mes);
+    const std::string condicion = "Cuadrada AND NOT IFNULL(Poliza_Deshabilitada,0) AND " + delMes.condicion;
+    Consulta polizas = ConsultaCon(db,
+                                   "SELECT IdPoliza, Poliza, Tipo, Fecha, Poliza_Mes13, Poliza_Ajuste FROM Polizas WHERE " +
+                                       condicion + " ORDER BY IdPoliza ASC, rowid",
+                                   delMes.valores);
     if (BalanzaVacia(db)) return;
-    LineasPorPoliza lineas(db.consulta(
-        "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN (SELECT IdPoliza FROM Polizas "
-        "WHERE Cuadrada AND NOT IFNULL(Poliza_Deshabilitada,0) AND Month(Fecha)=?) ORDER BY IdPoliza, rowid",
-        mes));
+    LineasPorPoliza lineas(ConsultaCon(db,
+                                       "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
+                                       "(SELECT IdPoliza FROM Polizas WHERE " +
+                                           condicion + ") ORDER BY IdPoliza, rowid",
+                                       delMes.valores));
     MaximoProgreso(s, polizas.cuentaRegistros());
     Sumas sumas;
     DestinosEnBalanza destinos(s);

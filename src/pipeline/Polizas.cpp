@@ -7,6 +7,7 @@
 #include "pipeline/Balanza.h"
 #include "pipeline/Inconsistencias.h"
 #include "pipeline/LineasPorPoliza.h"
+#include "pipeline/MesPorIndice.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -154,14 +155,16 @@ void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
     if (db.escalar("SELECT 1 FROM Balanzas LIMIT 1").esNulo()) return;
-    Consulta polizas = db.consulta(
-        "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha FROM Polizas WHERE Cuadrada AND Month(Fecha)=? "
-        "ORDER BY IdPoliza ASC",
-        n);
-    LineasPorPoliza lineas(db.consulta(
-        "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
-        "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND Month(Fecha)=?) ORDER BY IdPoliza, rowid",
-        n));
+    const FiltroMes delMes = FiltroDeMes(db, "Polizas", n);
+    Consulta polizas = ConsultaCon(db,
+                                   "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha FROM Polizas WHERE Cuadrada AND " +
+                                       delMes.condicion + " ORDER BY IdPoliza ASC, rowid",
+                                   delMes.valores);
+    LineasPorPoliza lineas(ConsultaCon(db,
+                                       "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
+                                       "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND " +
+                                           delMes.condicion + ") ORDER BY IdPoliza, rowid",
+                                       delMes.valores));
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
     DestinosEnBalanza destinos(s);
