@@ -14,6 +14,24 @@
 
 namespace velmorant {
 
+/// The IdPoliza values of a recordset's column as a JSON array, for a
+/// query's "IdPoliza IN (SELECT value FROM json_each(?))": the lines of the
+/// vouchers already read are then found by index, with no second pass over
+/// the vouchers' table. Empty when some value is neither Null nor an integer
+/// (the caller then repeats the vouchers' condition instead).
+inline std::string ListaDeIds(Consulta& polizas, int columna) {
+    std::string lista = "[";
+    for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
+        const Valor& id = polizas.campo(columna);
+        if (id.esNulo()) continue;
+        if (!id.esEntero()) return "";
+        if (lista.size() > 1) lista += ',';
+        lista += std::to_string(id.entero());
+    }
+    polizas.primero();
+    return lista + "]";
+}
+
 class LineasPorPoliza {
 public:
     /// `consulta` must return the lines ordered by IdPoliza and then rowid,

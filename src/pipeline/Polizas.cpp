@@ -56,12 +56,16 @@ Consulta PolizasTmpDelMes(BaseDatos& db, int mes) {
     return db.consulta(sql, mes);
 }
 
-LineasPorPoliza LineasTmpParaCuadre(BaseDatos& db, int mes) {
-    const std::string sql =
-        "SELECT IdPoliza, TipoMov, Importe FROM Polizas_Detalle_Tmp d WHERE IdPoliza IN (SELECT IdPoliza FROM "
-        "Polizas_Tmp WHERE " + CondicionCuadreDelMes(mes) + ") AND ("
-        "EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
+/// The lines of the vouchers in `polizas` (IdPoliza in its column 1).
+LineasPorPoliza LineasTmpParaCuadre(BaseDatos& db, int mes, Consulta& polizas) {
+    const std::string campos = "SELECT IdPoliza, TipoMov, Importe FROM Polizas_Detalle_Tmp d WHERE IdPoliza IN ";
+    const std::string resto =
+        " AND (EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
         "EXISTS (SELECT 1 FROM main.Cuentas c WHERE c.Cuenta = d.Cuenta)) ORDER BY IdPoliza, rowid";
+    const std::string ids = ListaDeIds(polizas, 1);
+    if (!ids.empty()) return LineasPorPoliza(db.consulta(campos + "(SELECT value FROM json_each(?))" + resto, ids));
+    const std::string sql =
+        campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + CondicionCuadreDelMes(mes) + ")" + resto;
     if (mes == 13) return LineasPorPoliza(db.consulta(sql));
     return LineasPorPoliza(db.consulta(sql, mes));
 }
@@ -93,7 +97,7 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = PolizasTmp(s);
     const int n = NumeroDeMesDeTexto(mes);
     Consulta polizas = PolizasTmpDelMes(db, n);
-    LineasPorPoliza lineas = LineasTmpParaCuadre(db, n);
+    LineasPorPoliza lineas = LineasTmpParaCuadre(db, n, polizas);
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
@@ -128,10 +132,13 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
     Sentencia& agrega = db.preparada(
         "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, "
         "Poliza_Ajuste) VALUES (?,?,?,?,substr(?,1,255),?,?,?,?)");
-    LineasPorPoliza lineas(db.consulta(
-        "SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza IN "
-        "(SELECT IdPoliza FROM Polizas_Tmp WHERE Month(Fecha)=?) ORDER BY IdPoliza, rowid",
-        n));
+    const std::string campos =
+        "SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza IN ";
+    const std::string ids = ListaDeIds(polizas, 0);
+    LineasPorPoliza lineas(
+        ids.empty() ? db.consulta(campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE Month(Fecha)=?) ORDER BY IdPoliza, rowid",
+                                  n)
+                    : db.consulta(campos + "(SELECT value FROM json_each(?)) ORDER BY IdPoliza, rowid", ids));
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
