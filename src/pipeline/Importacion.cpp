@@ -321,7 +321,7 @@ ResultadoImportacion Corrida::termina() {
 namespace {
 
 // While a run writes a year of vouchers into the company and reads them back
-// by index, the company's pages stay in memory (up to 64 MB, taken only as
+// by index, the company's pages stay in memory (up to 32 MB, taken only as
 // they are read); the engine's small default would send most of those reads
 // and rewrites of index pages to the file. The connection's own size comes
 // back when the run ends. Durability is untouched: the commit is the same.
@@ -330,7 +330,7 @@ public:
     explicit CacheDeCorrida(BaseDatos* db) : db_(db) {
         if (!db_) return;
         antes_ = db_->escalar("PRAGMA main.cache_size").entero();
-        db_->ejecutaScript("PRAGMA main.cache_size=-65536");
+        db_->ejecutaScript("PRAGMA main.cache_size=-32768");
     }
     ~CacheDeCorrida() {
         if (!db_) return;
