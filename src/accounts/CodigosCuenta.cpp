@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 #include "platform/Numeros.h"
@@ -42,6 +43,9 @@ std::string MayusculasAscii(std::string t) {
 }
 
 bool Contiene(const char* conjunto, const std::string& caracter) {
+    // One character, the common case, is looked for in place: this runs on
+    // every character of every account code read.
+    if (caracter.size() == 1) return caracter[0] != '\0' && std::strchr(conjunto, caracter[0]) != nullptr;
     return std::string(conjunto).find(caracter) != std::string::npos;
 }
 

@@ -11,6 +11,8 @@
 #include "accounts/CodigosCuenta.h"
 #include "store/EsquemaEmpresa.h"
 #include "pipeline/Inconsistencias.h"
+#include "pipeline/LineasPorPoliza.h"
+#include "pipeline/MesPorIndice.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -92,10 +94,11 @@ void LimpiaMovimientosDelMes(BaseDatos& db, int mes) {
     db.ejecuta("UPDATE Balanzas SET C" + mm + "=0, A" + mm + "=0");
 }
 
-/// The column a line adds to and the signed amount it adds.
+/// The column a line adds to and the signed amount it adds (the line's
+/// TipoMov and Importe are its fields 2 and 3).
 std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& linea, int mes) {
-    bool cargo = SiNuloTexto(linea["TipoMov"]) == "D";
-    Moneda importe = linea["Importe"].moneda();
+    bool cargo = SiNuloTexto(linea.campo(2)) == "D";
+    Moneda importe = linea.campo(3).moneda();
     if (poliza["Poliza_Mes13"].booleano()) return {cargo ? "C13" : "A13", importe};
     if (poliza["Poliza_Ajuste"].booleano()) return {"SaldoInicial", cargo ? importe : -importe};
     return {(cargo ? "C" : "A") + DosDigitos(mes), importe};
@@ -103,29 +106,34 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
 
 void PostaPolizasDelMes(Sesion& s, int mes) {
     BaseDatos& db = EmpresaAbierta(s);
-    Consulta polizas = db.consulta(
-        "SELECT IdPoliza, Poliza, Tipo, Fecha, Poliza_Mes13, Poliza_Ajuste FROM Polizas "
-        "WHERE Cuadrada AND NOT IFNULL(Poliza_Deshabilitada,0) AND Month(Fecha)=? ORDER BY IdPoliza ASC",
-        mes);
+    const FiltroMes delMes = FiltroDeMes(db, "Polizas", mes);
+    const std::string condicion = "Cuadrada AND NOT IFNULL(Poliza_Deshabilitada,0) AND " + delMes.condicion;
+    Consulta polizas = ConsultaCon(db,
+                                   "SELECT IdPoliza, Poliza, Tipo, Fecha, Poliza_Mes13, Poliza_Ajuste FROM Polizas WHERE " +
+                                       condicion + " ORDER BY IdPoliza ASC, rowid",
+                                   delMes.valores);
     if (BalanzaVacia(db)) return;
+    LineasPorPoliza lineas(ConsultaCon(db,
+                                       "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
+                                       "(SELECT IdPoliza FROM Polizas WHERE " +
+                                           condicion + ") ORDER BY IdPoliza, rowid",
+                                       delMes.valores));
     MaximoProgreso(s, polizas.cuentaRegistros());
     Sumas sumas;
+    DestinosEnBalanza destinos(s);
     size_t n = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         std::string poliza = SiNuloTexto(polizas["Poliza"]), tipo = SiNuloTexto(polizas["Tipo"]);
         EtiquetaProgreso(s, "Aplicando póliza num. " + poliza + " de " + tipo + " " + NombreDelMes(mes));
-        Consulta lineas =
-            db.consulta("SELECT Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza=? ORDER BY rowid",
-                        polizas["IdPoliza"]);
-        for (lineas.primero(); !lineas.eof(); lineas.siguiente()) {
-            std::string cuenta = SiNuloTexto(lineas["Cuenta"]);
-            DestinoLinea destino = DestinoEnBalanza(s, cuenta, lineas["TipoMov"], lineas["Importe"]);
+        for (lineas.de(polizas["IdPoliza"]); lineas.quedan(); lineas.siguiente()) {
+            std::string cuenta = SiNuloTexto(lineas.linea().campo(1));
+            DestinoLinea destino = destinos.destino(cuenta, lineas.linea().campo(2), lineas.linea().campo(3));
             if (!destino.fila) {
                 RegistraInconsistencia(s, destino.motivo, kFuentePolizas, "D", poliza, tipo, polizas["Fecha"].fecha(),
                                        cuenta);
                 continue;
             }
-            auto [columna, importe] = Asiento(polizas, lineas, mes);
+            auto [columna, importe] = Asiento(polizas, lineas.linea(), mes);
             sumas[{*destino.fila, columna}] += importe;
         }
         AvanceProgreso(s, ++n);
@@ -309,19 +317,37 @@ int NumeroDeMesDeTexto(const std::string& mes) {
     return n;
 }
 
+namespace {
+
+DestinoLinea Destino(std::optional<std::int64_t> fila, bool acumulativa, const Valor& tipoMov, const Valor& importe) {
+    DestinoLinea d;
+    if (fila && !acumulativa) {
+        d.fila = fila;
+        return d;
+    }
+    d.motivo = "No es posible registrar el movimiento " + SiNuloTexto(tipoMov) + ", " + TextoImporte(importe) +
+               (fila ? " en una cuenta Acumulativa." : " , ya que la Cuenta no Existe ");
+    return d;
+}
+
+}  // namespace
+
 DestinoLinea DestinoEnBalanza(Sesion& s, const std::string& cuenta, const Valor& tipoMov, const Valor& importe) {
     BaseDatos& db = EmpresaAbierta(s);
-    std::string movimiento =
-        "No es posible registrar el movimiento " + SiNuloTexto(tipoMov) + ", " + TextoImporte(importe);
-    DestinoLinea d;
     auto fila = FilaDeCuenta(db, "Balanzas", cuenta);
-    if (!fila)
-        d.motivo = movimiento + " , ya que la Cuenta no Existe ";
-    else if (EsCuentaAcumulativa(db, cuenta))
-        d.motivo = movimiento + " en una cuenta Acumulativa.";
-    else
-        d.fila = fila;
-    return d;
+    return Destino(fila, fila && EsCuentaAcumulativa(db, cuenta), tipoMov, importe);
+}
+
+DestinoLinea DestinosEnBalanza::destino(const std::string& cuenta, const Valor& tipoMov, const Valor& importe) {
+    auto it = cuentas_.find(cuenta);
+    if (it == cuentas_.end()) {
+        BaseDatos& db = EmpresaAbierta(s_);
+        Cuenta c;
+        c.fila = FilaDeCuenta(db, "Balanzas", cuenta);
+        c.acumulativa = c.fila && EsCuentaAcumulativa(db, cuenta);
+        it = cuentas_.emplace(cuenta, c).first;
+    }
+    return Destino(it->second.fila, it->second.acumulativa, tipoMov, importe);
 }
 
 void AplicaPolizasABalanza(Sesion& s, const std::string& mes) {

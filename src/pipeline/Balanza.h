@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "platform/Valor.h"
 #include "session/Sesion.h"
@@ -87,5 +88,22 @@ struct DestinoLinea {
     std::string motivo;
 };
 DestinoLinea DestinoEnBalanza(Sesion& s, const std::string& cuenta, const Valor& tipoMov, const Valor& importe);
+
+/// The same answer for many lines, each account looked up once: for a walk
+/// over a month's vouchers, during which neither `Balanzas` nor the types
+/// in `Cuentas` change.
+class DestinosEnBalanza {
+public:
+    explicit DestinosEnBalanza(Sesion& s) : s_(s) {}
+    DestinoLinea destino(const std::string& cuenta, const Valor& tipoMov, const Valor& importe);
+
+private:
+    struct Cuenta {
+        std::optional<std::int64_t> fila;
+        bool acumulativa = false;
+    };
+    Sesion& s_;
+    std::unordered_map<std::string, Cuenta> cuentas_;
+};
 
 }  // namespace velmorant

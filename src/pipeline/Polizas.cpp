@@ -6,6 +6,8 @@
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Balanza.h"
 #include "pipeline/Inconsistencias.h"
+#include "pipeline/LineasPorPoliza.h"
+#include "pipeline/MesPorIndice.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -27,17 +29,13 @@ void Registra(Sesion& s, const std::string& referencia, const Consulta& poliza, 
 }
 
 /// Debits less credits of a voucher's lines in the store, counting only the
-/// lines whose account the temporary chart or the company's chart knows.
-Moneda DiferenciaDePoliza(BaseDatos& db, const Valor& idPoliza) {
-    Consulta lineas = db.consulta(
-        "SELECT TipoMov, Importe FROM Polizas_Detalle_Tmp d WHERE IdPoliza=? AND ("
-        "EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
-        "EXISTS (SELECT 1 FROM main.Cuentas c WHERE c.Cuenta = d.Cuenta)) ORDER BY rowid",
-        idPoliza);
+/// lines whose account the temporary chart or the company's chart knows
+/// (the month's lines are read with that filter).
+Moneda DiferenciaDePoliza(LineasPorPoliza& lineas, const Valor& idPoliza) {
     Moneda diferencia;
-    for (lineas.primero(); !lineas.eof(); lineas.siguiente()) {
-        Moneda importe = lineas["Importe"].moneda();
-        if (SiNuloTexto(lineas["TipoMov"]) == "D")
+    for (lineas.de(idPoliza); lineas.quedan(); lineas.siguiente()) {
+        Moneda importe = lineas.linea().campo(2).moneda();
+        if (SiNuloTexto(lineas.linea().campo(1)) == "D")
             diferencia += importe;
         else
             diferencia -= importe;
@@ -45,25 +43,42 @@ Moneda DiferenciaDePoliza(BaseDatos& db, const Valor& idPoliza) {
     return diferencia;
 }
 
-Consulta PolizasTmpDelMes(BaseDatos& db, int mes) {
-    const std::string campos =
-        "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp WHERE ";
-    if (mes == 13) return db.consulta(campos + "Poliza_Mes13 ORDER BY IdPoliza ASC");
-    return db.consulta(campos + "Month(Fecha)=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY IdPoliza ASC", mes);
+/// The condition on `Polizas_Tmp` that picks a month's vouchers for the
+/// balance check; `?` is the month when there is one.
+std::string CondicionCuadreDelMes(int mes) {
+    return mes == 13 ? "Poliza_Mes13" : "Month(Fecha)=? AND NOT IFNULL(Poliza_Mes13,0)";
 }
 
-void GuardaLineas(BaseDatos& db, const Valor& idPoliza) {
-    Consulta lineas = db.consulta(
-        "SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza=? "
-        "ORDER BY rowid",
-        idPoliza);
+Consulta PolizasTmpDelMes(BaseDatos& db, int mes) {
+    const std::string sql = "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM "
+                            "Polizas_Tmp WHERE " + CondicionCuadreDelMes(mes) + " ORDER BY IdPoliza ASC";
+    if (mes == 13) return db.consulta(sql);
+    return db.consulta(sql, mes);
+}
+
+/// The lines of the vouchers in `polizas` (IdPoliza in its column 1).
+LineasPorPoliza LineasTmpParaCuadre(BaseDatos& db, int mes, Consulta& polizas) {
+    const std::string campos = "SELECT IdPoliza, TipoMov, Importe FROM Polizas_Detalle_Tmp d WHERE IdPoliza IN ";
+    const std::string resto =
+        " AND (EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
+        "EXISTS (SELECT 1 FROM main.Cuentas c WHERE c.Cuenta = d.Cuenta)) ORDER BY IdPoliza, rowid";
+    const std::string ids = ListaDeIds(polizas, 1);
+    if (!ids.empty()) return LineasPorPoliza(db.consulta(campos + "(SELECT value FROM json_each(?))" + resto, ids));
+    const std::string sql =
+        campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + CondicionCuadreDelMes(mes) + ")" + resto;
+    if (mes == 13) return LineasPorPoliza(db.consulta(sql));
+    return LineasPorPoliza(db.consulta(sql, mes));
+}
+
+void GuardaLineas(BaseDatos& db, LineasPorPoliza& lineas, const Valor& idPoliza) {
     Sentencia& agrega = db.preparada(
         "INSERT INTO Polizas_Detalle (IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?,?,?,?,?,?)");
-    for (lineas.primero(); !lineas.eof(); lineas.siguiente())
-        agrega
-            .con(lineas["IdPoliza"], lineas["Cuenta"], lineas["TipoMov"], lineas["Importe"],
-                 QuitaCaracteresEspeciales(SiNuloTexto(lineas["Referencia"])), lineas["Partida"])
+    for (lineas.de(idPoliza); lineas.quedan(); lineas.siguiente()) {
+        const Consulta& l = lineas.linea();
+        agrega.con(l.campo(0), l.campo(1), l.campo(2), l.campo(3), QuitaCaracteresEspeciales(SiNuloTexto(l.campo(4))),
+                   l.campo(5))
             .ejecuta();
+    }
 }
 
 struct CambioTipo {
@@ -82,13 +97,14 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = PolizasTmp(s);
     const int n = NumeroDeMesDeTexto(mes);
     Consulta polizas = PolizasTmpDelMes(db, n);
+    LineasPorPoliza lineas = LineasTmpParaCuadre(db, n, polizas);
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         EtiquetaProgreso(s, "Verificando cuadre de Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " +
                         SiNuloTexto(polizas["Tipo"]) + ", " + NombreMesDosDigitos(mes));
-        Moneda diferencia = DiferenciaDePoliza(db, polizas["IdPoliza"]);
+        Moneda diferencia = DiferenciaDePoliza(lineas, polizas["IdPoliza"]);
         if (!diferencia.esCero()) {
             Registra(s, "Póliza no balanceada Importe de diferencia " + diferencia.formatoMoneda(), polizas, "");
             db.ejecuta("UPDATE Polizas_Tmp SET Poliza_Deshabilitada=-1, Cuadrada=0 WHERE rowid=?", polizas["Fila"]);
@@ -116,6 +132,13 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
     Sentencia& agrega = db.preparada(
         "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, "
         "Poliza_Ajuste) VALUES (?,?,?,?,substr(?,1,255),?,?,?,?)");
+    const std::string campos =
+        "SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza IN ";
+    const std::string ids = ListaDeIds(polizas, 0);
+    LineasPorPoliza lineas(
+        ids.empty() ? db.consulta(campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE Month(Fecha)=?) ORDER BY IdPoliza, rowid",
+                                  n)
+                    : db.consulta(campos + "(SELECT value FROM json_each(?)) ORDER BY IdPoliza, rowid", ids));
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
@@ -129,7 +152,7 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
                  polizas["Poliza_Deshabilitada"].booleano(), polizas["Cuadrada"].booleano(),
                  polizas["Poliza_Mes13"].booleano(), polizas["Poliza_Ajuste"].booleano())
             .ejecuta();
-        GuardaLineas(db, polizas["IdPoliza"]);
+        GuardaLineas(db, lineas, polizas["IdPoliza"]);
         AvanceProgreso(s, ++avance);
     }
     t.confirma();
@@ -139,23 +162,28 @@ void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
     if (db.escalar("SELECT 1 FROM Balanzas LIMIT 1").esNulo()) return;
-    Consulta polizas = db.consulta(
-        "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha FROM Polizas WHERE Cuadrada AND Month(Fecha)=? "
-        "ORDER BY IdPoliza ASC",
-        n);
+    const FiltroMes delMes = FiltroDeMes(db, "Polizas", n);
+    Consulta polizas = ConsultaCon(db,
+                                   "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha FROM Polizas WHERE Cuadrada AND " +
+                                       delMes.condicion + " ORDER BY IdPoliza ASC, rowid",
+                                   delMes.valores);
+    LineasPorPoliza lineas(ConsultaCon(db,
+                                       "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
+                                       "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND " +
+                                           delMes.condicion + ") ORDER BY IdPoliza, rowid",
+                                       delMes.valores));
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
+    DestinosEnBalanza destinos(s);
     size_t avance = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         EtiquetaProgreso(s, "Verificando consistencia en póliza num. " + SiNuloTexto(polizas["Poliza"]) + " de " +
                         SiNuloTexto(polizas["Tipo"]) + " " + NombreMesDosDigitos(mes));
-        Consulta lineas =
-            db.consulta("SELECT Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza=? ORDER BY rowid",
-                        polizas["IdPoliza"]);
         bool rechazada = false;
-        for (lineas.primero(); !lineas.eof(); lineas.siguiente()) {
-            std::string cuenta = SiNuloTexto(lineas["Cuenta"]);
-            DestinoLinea destino = DestinoEnBalanza(s, cuenta, lineas["TipoMov"], lineas["Importe"]);
+        for (lineas.de(polizas["IdPoliza"]); lineas.quedan(); lineas.siguiente()) {
+            const Consulta& l = lineas.linea();
+            std::string cuenta = SiNuloTexto(l.campo(1));
+            DestinoLinea destino = destinos.destino(cuenta, l.campo(2), l.campo(3));
             if (destino.fila) continue;
             Registra(s, destino.motivo, polizas, cuenta);
             rechazada = true;

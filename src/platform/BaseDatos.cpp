@@ -12,14 +12,14 @@ namespace velmorant {
 
 namespace {
 
-std::string Mayusculas(std::string_view s) {
-    std::string r(s);
-    for (char& c : r) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return r;
-}
-
+// Field names are looked up on every row of a walk: compared in place,
+// byte by byte, with no copy.
 bool IgualSinMayusculas(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && Mayusculas(a) == Mayusculas(b);
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (a[i] != b[i] && std::toupper(static_cast<unsigned char>(a[i])) != std::toupper(static_cast<unsigned char>(b[i])))
+            return false;
+    return true;
 }
 
 // Month(fecha) and Year(fecha) over ISO text; Null for anything else.
@@ -165,12 +165,11 @@ int Sentencia::indiceColumna(std::string_view nombre) const {
 // ----------------------------------------------------------------- Consulta
 
 Consulta::Consulta(Sentencia& s) {
-    for (int i = 0; i < s.columnas(); ++i) nombres_.push_back(s.nombreColumna(i));
+    const int n = s.columnas();
+    for (int i = 0; i < n; ++i) nombres_.push_back(s.nombreColumna(i));
     while (s.paso()) {
-        std::vector<Valor> fila;
-        fila.reserve(nombres_.size());
-        for (int i = 0; i < s.columnas(); ++i) fila.push_back(s.columna(i));
-        filas_.push_back(std::move(fila));
+        for (int i = 0; i < n; ++i) celdas_.push_back(s.columna(i));
+        ++filas_;
     }
     s.reinicia();
 }
@@ -183,7 +182,9 @@ int Consulta::indice(std::string_view nombre) const {
 
 const Valor& Consulta::campo(int i) const {
     if (eof()) throw ErrorBaseDatos(SQLITE_ERROR, "No hay registro activo", "");
-    return filas_[pos_].at(static_cast<size_t>(i));
+    if (i < 0 || static_cast<size_t>(i) >= nombres_.size())
+        throw std::out_of_range("Consulta::campo: columna " + std::to_string(i));
+    return celdas_[pos_ * nombres_.size() + static_cast<size_t>(i)];
 }
 
 const Valor& Consulta::campo(std::string_view nombre) const { return campo(indice(nombre)); }
@@ -304,7 +305,10 @@ void Tabla::actualiza() {
 
 BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta) {
     // READWRITE falls back to reading only on a file the system write-protects.
-    int flags = SQLITE_OPEN_READWRITE;
+    // A connection belongs to the thread that opened it and is never used by
+    // two at once, so the engine's own per-call locking (a lock and unlock on
+    // every bind, step and read of a column) is left out.
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     if (modo == Modo::Crear) flags |= SQLITE_OPEN_CREATE;
     int rc = sqlite3_open_v2(ruta.string().c_str(), &db_, flags, nullptr);
     if (rc != SQLITE_OK) {
@@ -324,7 +328,8 @@ BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta)
 }
 
 BaseDatos::BaseDatos() : ruta_(":memory:") {
-    int rc = sqlite3_open(":memory:", &db_);
+    int rc = sqlite3_open_v2(":memory:", &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
+                             nullptr);
     if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, "out of memory", "");
     configura();
 }

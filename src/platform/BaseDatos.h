@@ -98,11 +98,11 @@ public:
     Consulta() = default;
     explicit Consulta(Sentencia& s);
 
-    size_t cuentaRegistros() const { return filas_.size(); }
-    bool eof() const { return pos_ >= filas_.size(); }
-    bool vacia() const { return filas_.empty(); }
+    size_t cuentaRegistros() const { return filas_; }
+    bool eof() const { return pos_ >= filas_; }
+    bool vacia() const { return filas_ == 0; }
     void primero() { pos_ = 0; }
-    void ultimo() { pos_ = filas_.empty() ? 0 : filas_.size() - 1; }
+    void ultimo() { pos_ = filas_ == 0 ? 0 : filas_ - 1; }
     void siguiente() { ++pos_; }
     size_t posicion() const { return pos_; }
     void mueveA(size_t pos) { pos_ = pos; }
@@ -115,7 +115,8 @@ public:
 
 private:
     std::vector<std::string> nombres_;
-    std::vector<std::vector<Valor>> filas_;
+    std::vector<Valor> celdas_;  // row after row, nombres_.size() fields each
+    size_t filas_ = 0;
     size_t pos_ = 0;
     int indice(std::string_view nombre) const;
 };
