@@ -14,6 +14,7 @@
 #include "session/Inicio.h"
 #include "store/AltaBase.h"
 #include "store/EsquemaEmpresa.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 namespace velmorant::prueba {
@@ -28,14 +29,8 @@ protected:
 
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
+        DatosEmpresaNueva d = EmpresaAcme();
         d.nombre = "Acme, S.A.";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
         CreaEmpresa(base, d);
         escribe("catalogo.txt",
                 "Cuenta|Descripcion|Naturaleza|Saldo\n"

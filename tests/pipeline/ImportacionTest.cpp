@@ -18,6 +18,7 @@
 #include "store/AltaBase.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 #include "support/Muerte.h"
 
@@ -60,14 +61,7 @@ protected:
 
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = prueba::EmpresaAcme();
         CreaEmpresa(base, d);
         escribe("catalogo.txt", kCatalogo);
         archivos.catalogo = dir.texto() + "catalogo.txt";

@@ -20,6 +20,7 @@
 #include "store/AltaBase.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -147,14 +148,7 @@ constexpr TipoImportacion kTipos[] = {TipoImportacion::ArchivoUnico, TipoImporta
 class Empresa {
 public:
     explicit Empresa(TipoImportacion tipo, bool saldosConMes13 = false) : tipo_(tipo) {
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = prueba::EmpresaAcme();
         d.saldosConMes13 = saldosConMes13;
         CreaEmpresa(CreaBase(dir.texto() + "base"), d);
     }

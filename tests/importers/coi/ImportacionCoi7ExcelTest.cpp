@@ -13,6 +13,7 @@
 #include "pipeline/Importacion.h"
 #include "session/Inicio.h"
 #include "store/AltaBase.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -54,14 +55,8 @@ protected:
 
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
+        DatosEmpresaNueva d = EmpresaAcme();
         d.ejercicio = 2024;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
         d.rellenaCeros = true;
         d.mesFinal = 12;
         CreaEmpresa(base, d);

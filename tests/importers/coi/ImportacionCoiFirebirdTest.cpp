@@ -16,6 +16,7 @@
 #include "session/Inicio.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/AltaBase.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -99,20 +100,10 @@ protected:
 
     void SetUp() override {
         if (BuscaIsql().empty()) GTEST_SKIP() << "isql-fb no está instalado (paquete firebird3.0-utils)";
-        std::string base = CreaBase(dir.texto() + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = EmpresaAcme();
         d.rellenaCeros = true;
         d.mesFinal = 12;
-        CreaEmpresa(base, d);
-        s.interaccion = &ui;
-        IniciaSesion(s, {dir.texto() + "base", "ACME", "2025"});
+        AbreEmpresaNueva(s, ui, dir, d);
     }
 
     // Makes `archivo` in the test's folder with the tables named by `sufijo`.

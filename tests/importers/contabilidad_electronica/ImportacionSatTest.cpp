@@ -12,6 +12,7 @@
 #include "session/Inicio.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/AltaBase.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -40,14 +41,7 @@ protected:
 
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = EmpresaAcme();
         CreaEmpresa(base, d);
         // January opens with 1000 in the bank and sells 300; February sells
         // 200, but its filed balance says 250 of sales.

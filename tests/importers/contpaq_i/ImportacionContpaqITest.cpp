@@ -13,6 +13,7 @@
 #include "session/ProgramaTerminado.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/AltaBase.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -42,20 +43,10 @@ protected:
     ArchivosImportacion archivos;
 
     void SetUp() override {
-        std::string base = CreaBase(dir.texto() + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = EmpresaAcme();
         d.rellenaCeros = true;
         d.mesFinal = 12;
-        CreaEmpresa(base, d);
-        s.interaccion = &ui;
-        IniciaSesion(s, {dir.texto() + "base", "ACME", "2025"});
+        AbreEmpresaNueva(s, ui, dir, d);
         archivos.catalogo = dir.texto() + "CATALOGO.TXT";
         archivos.fija("polizas", dir.texto() + "CPOLIZAS.TXT");
         Escribe(archivos.catalogo, kCatalogo);

@@ -16,6 +16,7 @@
 #include "session/ProgramaTerminado.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/AltaBase.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -100,20 +101,10 @@ protected:
     std::string base;
 
     void SetUp() override {
-        base = CreaBase(dir.texto() + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = EmpresaAcme();
         d.rellenaCeros = true;
         d.mesFinal = 12;
-        CreaEmpresa(base, d);
-        s.interaccion = &ui;
-        IniciaSesion(s, {dir.texto() + "base", "ACME", "2025"});
+        base = AbreEmpresaNueva(s, ui, dir, d);
         std::filesystem::create_directories(dir.texto() + "datos");
         archivos.catalogo = dir.texto() + "datos/CTW10001.DBF";
         archivos.parametros["hasta-mes"] = "13";

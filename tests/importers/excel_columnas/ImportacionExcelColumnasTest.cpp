@@ -10,6 +10,7 @@
 #include "pipeline/Importacion.h"
 #include "session/Inicio.h"
 #include "store/AltaBase.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -22,14 +23,7 @@ class EmpresaExcel {
 public:
     explicit EmpresaExcel(const std::string& carpeta) : carpeta_(carpeta) {
         base = CreaBase(carpeta + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = EmpresaAcme();
         d.rellenaCeros = true;
         CreaEmpresa(base, d);
     }

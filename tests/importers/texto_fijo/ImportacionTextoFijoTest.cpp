@@ -20,6 +20,7 @@
 #include "session/Inicio.h"
 #include "session/ProgramaTerminado.h"
 #include "store/AltaBase.h"
+#include "support/EmpresaNueva.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -151,14 +152,7 @@ class EmpresaFija {
 public:
     explicit EmpresaFija(const std::string& carpeta) : carpeta_(carpeta) {
         base = CreaBase(carpeta + "base");
-        DatosEmpresaNueva d;
-        d.nombreCorto = "ACME";
-        d.nombre = "Acme";
-        d.ejercicio = 2025;
-        d.formatoCta = "999-99-99";
-        d.separador = "-";
-        d.niveles = {3, 2, 2};
-        d.catArbol = true;
+        DatosEmpresaNueva d = prueba::EmpresaAcme();
         d.rellenaCeros = true;
         CreaEmpresa(base, d);
     }
