@@ -7,7 +7,7 @@
 #include "importers/Limpieza.h"
 #include "importers/Recorrido.h"
 #include "importers/contpaq_i/DisenosContpaqI.h"
-#include "importers/contpaq_i/NaturalezasContpaq.h"
+#include "importers/contpaq_windows/ImportadorContpaqWindows.h"
 #include "pipeline/Inconsistencias.h"
 #include "platform/Texto.h"
 #include "platform/fuentes/FuenteLineas.h"
@@ -16,6 +16,18 @@
 namespace velmorant::contpaqi {
 
 namespace {
+
+// The nature in force of an account type. A type the store does not know
+// takes the letter rule (A, C, E, G, I, K debtor; B, D, F, H, J, L
+// creditor), kept in the store for the next run; other letters stay
+// without a nature.
+std::string NaturalezaDelTipo(velmorant::NaturalezasContpaq& naturalezas, const std::string& tipo) {
+    std::string n = naturalezas.busca(tipo);
+    if (!n.empty() || tipo.size() != 1 || tipo[0] < 'A' || tipo[0] > 'L') return n;
+    n = (tipo[0] - 'A') % 2 == 0 ? "D" : "A";
+    naturalezas.fija(tipo, n);
+    return n;
+}
 
 // A missing file is said, and its reader ends: the run goes on with what
 // it has.
@@ -148,7 +160,8 @@ DisenoPolizas DeterminaDisenoPolizas(Sesion& s, const std::string& ruta) {
 
 void ImportaCatalogoContpaqI(Sesion& s, DestinoTmp& d, const std::string& ruta) {
     if (!Existe(s, ruta)) return;
-    NaturalezasContpaq naturalezas(s);
+    // The store of natures by account type is the one ContPAQ Windows keeps.
+    velmorant::NaturalezasContpaq naturalezas(s);
     FuenteLineas fuente(ruta);
     const DisenoRegistro& c = DisenoCuenta();
     RecorreFilas(s, fuente, {"Importando Catálogo de Cuentas ..."}, [&](const Fila& fila) {
@@ -163,7 +176,7 @@ void ImportaCatalogoContpaqI(Sesion& s, DestinoTmp& d, const std::string& ruta) 
         r.Descripcion = Campo(c, linea, "nombre");
         r.CuentaAcumulativa = CuentaUsada(s, Campo(c, linea, "cuenta-padre"));
         const std::string tipo = Campo(c, linea, "tipo");
-        r.Naturaleza = tipo.empty() ? "" : naturalezas.busca(tipo);
+        r.Naturaleza = tipo.empty() ? "" : NaturalezaDelTipo(naturalezas, tipo);
         d.agregaCuenta(r);
         // A type without a nature is said rather than guessed.
         if (r.Naturaleza->empty())
