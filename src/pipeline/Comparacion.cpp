@@ -8,6 +8,7 @@
 
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Inconsistencias.h"
+#include "pipeline/MesPorIndice.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -312,6 +313,17 @@ void AseguraIndiceIdentidadTmp(BaseDatos& db) {
 
 }  // namespace
 
+/// The headers of `tabla` of a month (1 to 12) other than the closing
+/// vouchers, with `extra` ANDed, read through the table's date index.
+std::vector<Encabezado> EncabezadosDelMes(BaseDatos& db, const std::string& tabla, int mes, const std::string& extra) {
+    const FiltroMes delMes = tabla == "Polizas" ? FiltroDeMes(db, tabla, mes) : FiltroDeMesTmp(db, tabla, mes);
+    return LeeEncabezados(ConsultaCon(db,
+                                      "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM " + tabla + " WHERE " +
+                                          delMes.condicion + extra +
+                                          " AND NOT IFNULL(Poliza_Mes13,0) ORDER BY IdPoliza ASC, rowid",
+                                      delMes.valores));
+}
+
 // ------------------------------------------------------------------ Steps
 
 void ComparaPolizas(Sesion& s, const std::string& mes) {
@@ -320,10 +332,7 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
     std::vector<Encabezado> viejas =
         mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
                                            "WHERE IFNULL(Poliza_Mes13,0)<>0 ORDER BY IdPoliza ASC, rowid"))
-              : LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-                                           "WHERE Month(Fecha)=? AND NOT IFNULL(Poliza_Mes13,0) "
-                                           "ORDER BY IdPoliza ASC, rowid",
-                                           NumeroMes(mes)));
+              : EncabezadosDelMes(db, "Polizas", NumeroMes(mes), "");
     if (viejas.empty()) return;
     AseguraIndiceIdentidadTmp(db);
     Avance avance(s, viejas.size(), mes);
@@ -349,7 +358,12 @@ void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
     const bool mes13 = EsMes13(mes);
     const bool habiaPolizas =
         mes13 ? !db.escalar("SELECT 1 FROM Polizas WHERE IFNULL(Poliza_Mes13,0)<>0 LIMIT 1").esNulo()
-              : !db.escalar("SELECT 1 FROM Polizas WHERE Month(Fecha)=? LIMIT 1", NumeroMes(mes)).esNulo();
+              : [&] {
+                    const FiltroMes delMes = FiltroDeMes(db, "Polizas", NumeroMes(mes));
+                    return !ConsultaCon(db, "SELECT 1 FROM Polizas WHERE " + delMes.condicion + " LIMIT 1",
+                                        delMes.valores)
+                                .vacia();
+                }();
     if (!habiaPolizas) return;
     // The company's December counts its closing vouchers (a month it had);
     // the new closing vouchers wait for the turn of "13", which pairs them.
@@ -357,10 +371,7 @@ void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
         mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
                                            "WHERE IFNULL(Poliza_Mes13,0)<>0 AND NOT IFNULL(Revisado,0) "
                                            "ORDER BY IdPoliza, rowid"))
-              : LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-                                           "WHERE Month(Fecha)=? AND NOT IFNULL(Revisado,0) "
-                                           "AND NOT IFNULL(Poliza_Mes13,0) ORDER BY IdPoliza, rowid",
-                                           NumeroMes(mes)));
+              : EncabezadosDelMes(db, "Polizas_Tmp", NumeroMes(mes), " AND NOT IFNULL(Revisado,0)");
     if (nuevas.empty()) return;
     Avance avance(s, nuevas.size(), mes);
     Transaccion t(db);
@@ -377,10 +388,7 @@ void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
     std::vector<Encabezado> nuevas =
         mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
                                            "WHERE IFNULL(Poliza_Mes13,0)<>0 ORDER BY IdPoliza ASC, rowid"))
-              : LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-                                           "WHERE Month(Fecha)=? AND NOT IFNULL(Poliza_Mes13,0) "
-                                           "ORDER BY IdPoliza ASC, rowid",
-                                           NumeroMes(mes)));
+              : EncabezadosDelMes(db, "Polizas_Tmp", NumeroMes(mes), "");
     if (nuevas.empty()) return;
     Avance avance(s, nuevas.size(), mes);
     Transaccion t(db);

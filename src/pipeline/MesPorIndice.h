@@ -8,6 +8,8 @@
 // reads only the month's. A table whose dates do not start with a year, or
 // that spans more years than is worth a range each, keeps the plain
 // condition.
+//
+// FiltroDeMesTmp gives the run's voucher store the index it needs first.
 
 #include <cstdio>
 #include <string>
@@ -44,11 +46,14 @@ inline int AnioInicial(const Valor& v) {
 inline FiltroMes FiltroDeMes(BaseDatos& db, const std::string& tabla, int mes) {
     FiltroMes f{"Month(Fecha)=?", {Valor(mes)}};
     if (mes < 1 || mes > 12) return f;
-    // Every text a valid date can be sorts between these two.
-    Consulta extremos =
-        db.consulta("SELECT MIN(Fecha), MAX(Fecha) FROM " + tabla + " WHERE Fecha >= ? AND Fecha < ?", "0000", "9999.");
-    if (extremos.vacia()) return f;
-    const int desde = detalle_mes::AnioInicial(extremos.campo(0)), hasta = detalle_mes::AnioInicial(extremos.campo(1));
+    // Every text a valid date can be sorts between these two. Each end is a
+    // query of its own: one seek of the index each, where MIN and MAX
+    // together would walk all of it.
+    const std::string extremo = "SELECT Fecha FROM " + tabla + " WHERE Fecha >= ? AND Fecha < ? ORDER BY Fecha ";
+    const Valor primera = db.escalar(extremo + "ASC LIMIT 1", "0000", "9999.");
+    if (primera.esNulo()) return f;
+    const Valor ultima = db.escalar(extremo + "DESC LIMIT 1", "0000", "9999.");
+    const int desde = detalle_mes::AnioInicial(primera), hasta = detalle_mes::AnioInicial(ultima);
     constexpr int kMaximoAnios = 20;
     if (desde < 0 || hasta < desde || hasta - desde >= kMaximoAnios) return f;
     f.condicion += " AND (";
@@ -62,6 +67,25 @@ inline FiltroMes FiltroDeMes(BaseDatos& db, const std::string& tabla, int mes) {
     }
     f.condicion += ")";
     return f;
+}
+
+/// The same over a table of this run's stores, which are made without an
+/// index on Fecha: one is added, once, to the store that holds `tabla` (the
+/// store itself is rebuilt by the next run). The rows are those of the
+/// plain condition either way.
+inline FiltroMes FiltroDeMesTmp(BaseDatos& db, const std::string& tabla, int mes) {
+    Consulta bases = db.consulta("PRAGMA database_list");
+    for (bases.primero(); !bases.eof(); bases.siguiente()) {
+        const std::string esquema = bases["name"].texto();
+        if (db.escalar("SELECT 1 FROM \"" + esquema + "\".sqlite_master WHERE type='table' AND name=?", tabla).esNulo())
+            continue;
+        const std::string indice = tabla + "_Fecha";
+        if (db.escalar("SELECT 1 FROM \"" + esquema + "\".sqlite_master WHERE type='index' AND name=?", indice)
+                .esNulo())
+            db.ejecutaScript("CREATE INDEX \"" + esquema + "\".\"" + indice + "\" ON \"" + tabla + "\" (Fecha)");
+        break;
+    }
+    return FiltroDeMes(db, tabla, mes);
 }
 
 /// A query whose parameters are given as a list.

@@ -44,30 +44,32 @@ Moneda DiferenciaDePoliza(LineasPorPoliza& lineas, const Valor& idPoliza) {
 }
 
 /// The condition on `Polizas_Tmp` that picks a month's vouchers for the
-/// balance check; `?` is the month when there is one.
-std::string CondicionCuadreDelMes(int mes) {
-    return mes == 13 ? "Poliza_Mes13" : "Month(Fecha)=? AND NOT IFNULL(Poliza_Mes13,0)";
+/// balance check, read through the store's date index, with its parameters.
+FiltroMes CondicionCuadreDelMes(BaseDatos& db, int mes) {
+    if (mes == 13) return {"Poliza_Mes13", {}};
+    FiltroMes f = FiltroDeMesTmp(db, "Polizas_Tmp", mes);
+    f.condicion += " AND NOT IFNULL(Poliza_Mes13,0)";
+    return f;
 }
 
-Consulta PolizasTmpDelMes(BaseDatos& db, int mes) {
-    const std::string sql = "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM "
-                            "Polizas_Tmp WHERE " + CondicionCuadreDelMes(mes) + " ORDER BY IdPoliza ASC";
-    if (mes == 13) return db.consulta(sql);
-    return db.consulta(sql, mes);
+Consulta PolizasTmpDelMes(BaseDatos& db, const FiltroMes& delMes) {
+    return ConsultaCon(db,
+                       "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp "
+                       "WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
+                       delMes.valores);
 }
 
 /// The lines of the vouchers in `polizas` (IdPoliza in its column 1).
-LineasPorPoliza LineasTmpParaCuadre(BaseDatos& db, int mes, Consulta& polizas) {
+LineasPorPoliza LineasTmpParaCuadre(BaseDatos& db, const FiltroMes& delMes, Consulta& polizas) {
     const std::string campos = "SELECT IdPoliza, TipoMov, Importe FROM Polizas_Detalle_Tmp d WHERE IdPoliza IN ";
     const std::string resto =
         " AND (EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
         "EXISTS (SELECT 1 FROM main.Cuentas c WHERE c.Cuenta = d.Cuenta)) ORDER BY IdPoliza, rowid";
     const std::string ids = ListaDeIds(polizas, 1);
     if (!ids.empty()) return LineasPorPoliza(db.consulta(campos + "(SELECT value FROM json_each(?))" + resto, ids));
-    const std::string sql =
-        campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + CondicionCuadreDelMes(mes) + ")" + resto;
-    if (mes == 13) return LineasPorPoliza(db.consulta(sql));
-    return LineasPorPoliza(db.consulta(sql, mes));
+    return LineasPorPoliza(
+        ConsultaCon(db, campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ")" + resto,
+                    delMes.valores));
 }
 
 void GuardaLineas(BaseDatos& db, LineasPorPoliza& lineas, const Valor& idPoliza) {
@@ -96,8 +98,9 @@ const CambioTipo kCambiosTipo[] = {{"Dr", "1", "Ingresos"}, {"Ig", "2", "Egresos
 void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = PolizasTmp(s);
     const int n = NumeroDeMesDeTexto(mes);
-    Consulta polizas = PolizasTmpDelMes(db, n);
-    LineasPorPoliza lineas = LineasTmpParaCuadre(db, n, polizas);
+    const FiltroMes delMes = CondicionCuadreDelMes(db, n);
+    Consulta polizas = PolizasTmpDelMes(db, delMes);
+    LineasPorPoliza lineas = LineasTmpParaCuadre(db, delMes, polizas);
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
@@ -125,10 +128,12 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
     PolizasTmp(s);
     BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
-    Consulta polizas = db.consulta(
+    const FiltroMes delMes = FiltroDeMesTmp(db, "Polizas_Tmp", n);
+    Consulta polizas = ConsultaCon(
+        db,
         "SELECT IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, Poliza_Ajuste "
-        "FROM Polizas_Tmp WHERE Month(Fecha)=? ORDER BY IdPoliza ASC",
-        n);
+        "FROM Polizas_Tmp WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
+        delMes.valores);
     Sentencia& agrega = db.preparada(
         "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, "
         "Poliza_Ajuste) VALUES (?,?,?,?,substr(?,1,255),?,?,?,?)");
@@ -136,8 +141,10 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
         "SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza IN ";
     const std::string ids = ListaDeIds(polizas, 0);
     LineasPorPoliza lineas(
-        ids.empty() ? db.consulta(campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE Month(Fecha)=?) ORDER BY IdPoliza, rowid",
-                                  n)
+        ids.empty() ? ConsultaCon(db,
+                                  campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion +
+                                      ") ORDER BY IdPoliza, rowid",
+                                  delMes.valores)
                     : db.consulta(campos + "(SELECT value FROM json_each(?)) ORDER BY IdPoliza, rowid", ids));
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());

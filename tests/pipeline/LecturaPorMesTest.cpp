@@ -7,6 +7,7 @@
 #include "pipeline/LineasPorPoliza.h"
 #include "pipeline/MesPorIndice.h"
 #include "platform/BaseDatos.h"
+#include "support/Entorno.h"
 
 using namespace velmorant;
 
@@ -57,6 +58,55 @@ TEST(FiltroDeMes, EmptyTableAndTableWithoutDatesPickNothing) {
     MismasFilasQueMonth(db);
     db.ejecuta("INSERT INTO P (Fecha) VALUES (?)", std::string("sin fecha"));
     MismasFilasQueMonth(db);
+}
+
+// A run's voucher store is attached to the company connection and made
+// without an index on Fecha: the filter adds one there, once, and picks the
+// rows Month picks, closing vouchers and all.
+TEST(FiltroDeMes, RunStoreGetsItsDateIndexOnceInItsOwnFileAndTheSameRows) {
+    prueba::CarpetaTemporal carpeta;
+    BaseDatos db;
+    {
+        BaseDatos almacen(carpeta.ruta() / "Polizas_Tmp.sqlite", BaseDatos::Modo::Crear);
+        almacen.ejecutaScript("CREATE TABLE Polizas_Tmp (IdPoliza INTEGER, Fecha TEXT, Poliza_Mes13 INTEGER);"
+                              "CREATE INDEX IdPoliza ON Polizas_Tmp (IdPoliza);");
+        int id = 0;
+        for (const char* f : {"2025-01-31", "2025-02-01", "2025-12-31", "2025-12-31", "2024-12-01", "2025-2-03"}) {
+            ++id;
+            almacen.ejecuta("INSERT INTO Polizas_Tmp VALUES (?, ?, ?)", id, std::string(f), id == 4);
+        }
+        almacen.ejecuta("INSERT INTO Polizas_Tmp VALUES (7, NULL, 0)");
+    }
+    db.adjunta(carpeta.ruta() / "Polizas_Tmp.sqlite", "Polizas_Tmp");
+    auto indices = [&](const std::string& esquema) {
+        return db.escalar("SELECT COUNT(*) FROM \"" + esquema + "\".sqlite_master WHERE type='index' AND name LIKE "
+                          "'%Fecha%'")
+            .entero();
+    };
+    EXPECT_EQ(indices("Polizas_Tmp"), 0);
+    for (int mes = 0; mes <= 13; ++mes) {
+        FiltroMes f = FiltroDeMesTmp(db, "Polizas_Tmp", mes);
+        if (mes >= 1 && mes <= 12) {
+            EXPECT_NE(f.condicion, "Month(Fecha)=?");
+        }
+        auto conFiltro = Filas(ConsultaCon(db,
+                                           "SELECT IdPoliza FROM Polizas_Tmp WHERE " + f.condicion +
+                                               " AND NOT IFNULL(Poliza_Mes13,0) ORDER BY IdPoliza",
+                                           f.valores));
+        auto completo = Filas(db.consulta(
+            "SELECT IdPoliza FROM Polizas_Tmp WHERE Month(Fecha)=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY IdPoliza",
+            mes));
+        EXPECT_EQ(conFiltro, completo) << "mes " << mes;
+    }
+    EXPECT_EQ(indices("Polizas_Tmp"), 1);
+    EXPECT_EQ(indices("main"), 0);
+    // The month's vouchers come from the index, not from a walk of the table.
+    Consulta plan = ConsultaCon(db, "EXPLAIN QUERY PLAN SELECT IdPoliza FROM Polizas_Tmp WHERE " +
+                                        FiltroDeMesTmp(db, "Polizas_Tmp", 2).condicion,
+                                FiltroDeMesTmp(db, "Polizas_Tmp", 2).valores);
+    std::string detalle;
+    for (plan.primero(); !plan.eof(); plan.siguiente()) detalle += plan["detail"].texto() + "\n";
+    EXPECT_NE(detalle.find("Polizas_Tmp_Fecha"), std::string::npos) << detalle;
 }
 
 TEST(LineasPorPoliza, EachVoucherSeesItsLinesInTableOrder) {
