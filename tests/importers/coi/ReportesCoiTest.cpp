@@ -12,6 +12,7 @@
 
 #include "importers/reportes/DescripcionReporte.h"
 #include "platform/BaseDatos.h"
+#include "support/AlmacenesLectura.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -20,17 +21,10 @@ namespace {
 
 std::vector<std::string> PolizasDeLaEmpresa(const std::string& ruta) {
     BaseDatos db(ruta, BaseDatos::Modo::SoloLectura);
-    std::vector<std::string> r;
-    auto c = db.consulta(
-        "SELECT p.Poliza, p.Tipo, p.Fecha, p.Concepto, p.Cuadrada, p.Poliza_Mes13, d.Partida, d.Cuenta, d.TipoMov, "
+    return prueba::FilasComoTexto(
+        db, "SELECT p.Poliza, p.Tipo, p.Fecha, p.Concepto, p.Cuadrada, p.Poliza_Mes13, d.Partida, d.Cuenta, d.TipoMov, "
         "d.Importe, d.Referencia FROM Polizas p JOIN Polizas_Detalle d ON d.IdPoliza = p.IdPoliza "
         "ORDER BY p.IdPoliza, d.Partida");
-    for (c.primero(); !c.eof(); c.siguiente()) {
-        std::string fila;
-        for (int i = 0; i < c.numCampos(); ++i) fila += (i ? "|" : "") + c.campo(i).texto();
-        r.push_back(fila);
-    }
-    return r;
 }
 
 class ReportesCoi : public ::testing::Test {

@@ -11,23 +11,13 @@
 #include "session/Inicio.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/AltaBase.h"
+#include "support/AlmacenesLectura.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
 using namespace velmorant::prueba;
 
 namespace {
-
-std::vector<std::string> Filas(BaseDatos& db, const std::string& sql) {
-    std::vector<std::string> r;
-    auto c = db.consulta(sql);
-    for (c.primero(); !c.eof(); c.siguiente()) {
-        std::string fila;
-        for (int i = 0; i < c.numCampos(); ++i) fila += (i ? "|" : "") + c.campo(i).texto();
-        r.push_back(fila);
-    }
-    return r;
-}
 
 class DemoXml : public ::testing::Test {
 protected:
@@ -91,13 +81,13 @@ TEST_F(DemoXml, ElClienteDeLaDemoPorXmlYPorTextoDaLaMismaBalanza) {
     ASSERT_EQ(EjecutaImportacion(xml, porXml, deXml), ResultadoImportacion::Terminada) << ui.mensajes.back().texto;
 
     const std::string balanza = "SELECT * FROM Balanzas ORDER BY Cuenta";
-    const auto esperada = Filas(*texto.DbEmpresa, balanza);
+    const auto esperada = prueba::FilasComoTexto(*texto.DbEmpresa, balanza);
     EXPECT_EQ(esperada.size(), 237u);
-    EXPECT_EQ(Filas(*xml.DbEmpresa, balanza), esperada);
+    EXPECT_EQ(prueba::FilasComoTexto(*xml.DbEmpresa, balanza), esperada);
     const std::string polizas =
         "SELECT p.IdPoliza, p.Poliza, p.Tipo, p.Fecha, p.Concepto, p.Cuadrada, d.Partida, d.Cuenta, d.TipoMov, d.Importe "
         "FROM Polizas p JOIN Polizas_Detalle d ON d.IdPoliza = p.IdPoliza ORDER BY p.IdPoliza, d.Partida";
-    EXPECT_EQ(Filas(*xml.DbEmpresa, polizas), Filas(*texto.DbEmpresa, polizas));
+    EXPECT_EQ(prueba::FilasComoTexto(*xml.DbEmpresa, polizas), prueba::FilasComoTexto(*texto.DbEmpresa, polizas));
     // The sales' folios follow the references.
     EXPECT_EQ(xml.DbEmpresa->escalar("SELECT COUNT(*) FROM Polizas_Detalle WHERE Referencia LIKE "
                                      "'Factura A-% A0000000-0000-4000-8000-%'")
@@ -108,6 +98,6 @@ TEST_F(DemoXml, ElClienteDeLaDemoPorXmlYPorTextoDaLaMismaBalanza) {
     // demo's faults and nothing of the reconciliation.
     BaseDatos log(RutaAlmacen(xml, kInconsisImpTmp));
     EXPECT_GT(log.escalar("SELECT COUNT(*) FROM InconsisImpTmp").entero(), 0);
-    EXPECT_EQ(Filas(log, "SELECT Referencia FROM InconsisImpTmp WHERE Referencia LIKE '%balanza%'"),
+    EXPECT_EQ(prueba::FilasComoTexto(log, "SELECT Referencia FROM InconsisImpTmp WHERE Referencia LIKE '%balanza%'"),
               std::vector<std::string>{});
 }

@@ -12,6 +12,7 @@
 #include "platform/ErrorLectura.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
+#include "support/AlmacenesLectura.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -38,26 +39,8 @@ protected:
     std::unique_ptr<DestinoTmp> destino;
 
     void SetUp() override {
-        s.interaccion = &ui;
+        AbreAlmacenesDeLectura(s, ui, carpeta, 2025);
         s.progreso = &progreso;
-        s.VersionPrograma = "1.0.0";
-        s.RutaEmpresa = carpeta.texto();
-        s.EjercicioActual = 2025;
-        s.FormatoCtaEmpresa = "999-99-99";
-        s.SeparadorEmpresa = "-";
-        s.NumeroNiveles = 3;
-        s.LongitudesNivel = {3, 2, 2};
-        s.CatalogoArbol = true;
-        s.RellenaCeros = true;
-        s.DbEmpresa = std::make_unique<BaseDatos>(carpeta.ruta() / "ACME_2025.sqlite", BaseDatos::Modo::Crear);
-        CreaEsquemaEmpresa(*s.DbEmpresa);
-        CreaInconsisImpTmp(s);
-        ASSERT_TRUE(AbreInconsistencias(s));
-        CreaCuentasTmp(s);
-        ASSERT_TRUE(AbreCuentasTmp(s));
-        CreaPolizasTmp(s);
-        CreaPolizasDetalleTmp(s);
-        ASSERT_TRUE(AbrePolizasTmp(s));
         destino = std::make_unique<DestinoTmp>(s, ReglasExcelColumnas());
     }
 
@@ -88,16 +71,7 @@ protected:
         return l;
     }
 
-    std::vector<std::string> Filas(const std::string& sql) {
-        std::vector<std::string> r;
-        auto c = s.DbEmpresa->consulta(sql);
-        for (c.primero(); !c.eof(); c.siguiente()) {
-            std::string fila;
-            for (int i = 0; i < c.numCampos(); ++i) fila += (i ? "|" : "") + c.campo(i).texto();
-            r.push_back(fila);
-        }
-        return r;
-    }
+    std::vector<std::string> Filas(const std::string& sql) { return FilasComoTexto(*s.DbEmpresa, sql); }
     std::vector<std::string> Cuentas() {
         return Filas("SELECT Cuenta, Nivel, Descripcion, Saldo FROM CuentasTmp.Cuentas ORDER BY rowid");
     }

@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "platform/BaseDatos.h"
+#include "support/AlmacenesLectura.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -16,16 +17,9 @@ namespace {
 
 std::vector<std::string> PolizasDeLaEmpresa(const std::string& ruta) {
     BaseDatos db(ruta, BaseDatos::Modo::SoloLectura);
-    std::vector<std::string> r;
-    auto c = db.consulta(
-        "SELECT p.Poliza, p.Tipo, p.Fecha, p.Concepto, p.Cuadrada, d.Partida, d.Cuenta, d.TipoMov, d.Importe, "
+    return prueba::FilasComoTexto(
+        db, "SELECT p.Poliza, p.Tipo, p.Fecha, p.Concepto, p.Cuadrada, d.Partida, d.Cuenta, d.TipoMov, d.Importe, "
         "d.Referencia FROM Polizas p JOIN Polizas_Detalle d ON d.IdPoliza = p.IdPoliza ORDER BY p.IdPoliza, d.Partida");
-    for (c.primero(); !c.eof(); c.siguiente()) {
-        std::string fila;
-        for (int i = 0; i < c.numCampos(); ++i) fila += (i ? "|" : "") + c.campo(i).texto();
-        r.push_back(fila);
-    }
-    return r;
 }
 
 TEST(ImportarReporte, ElEnlace76DejaLasMismasPolizasQueElTextoDelimitado) {

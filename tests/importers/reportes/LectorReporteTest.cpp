@@ -15,6 +15,7 @@
 #include "platform/ErrorLectura.h"
 #include "store/AlmacenesTemporales.h"
 #include "store/EsquemaEmpresa.h"
+#include "support/AlmacenesLectura.h"
 #include "support/Entorno.h"
 
 using namespace velmorant;
@@ -33,25 +34,7 @@ protected:
     Sesion s;
 
     void SetUp() override {
-        s.interaccion = &ui;
-        s.VersionPrograma = "1.0.0";
-        s.RutaEmpresa = carpeta.texto();
-        s.EjercicioTexto = "2024";
-        s.FormatoCtaEmpresa = "999-99-99";
-        s.SeparadorEmpresa = "-";
-        s.NumeroNiveles = 3;
-        s.LongitudesNivel = {3, 2, 2};
-        s.CatalogoArbol = true;
-        s.RellenaCeros = true;
-        s.DbEmpresa = std::make_unique<BaseDatos>(carpeta.ruta() / "ACME_2024.sqlite", BaseDatos::Modo::Crear);
-        CreaEsquemaEmpresa(*s.DbEmpresa);
-        CreaInconsisImpTmp(s);
-        ASSERT_TRUE(AbreInconsistencias(s));
-        CreaCuentasTmp(s);
-        ASSERT_TRUE(AbreCuentasTmp(s));
-        CreaPolizasTmp(s);
-        CreaPolizasDetalleTmp(s);
-        ASSERT_TRUE(AbrePolizasTmp(s));
+        prueba::AbreAlmacenesDeLectura(s, ui, carpeta, 2024);
     }
 
     // The layout of the samples' delimited files.
@@ -65,16 +48,7 @@ protected:
         return l;
     }
 
-    std::vector<std::string> Filas(const std::string& sql) {
-        std::vector<std::string> r;
-        auto c = s.DbEmpresa->consulta(sql);
-        for (c.primero(); !c.eof(); c.siguiente()) {
-            std::string fila;
-            for (int i = 0; i < c.numCampos(); ++i) fila += (i ? "|" : "") + c.campo(i).texto();
-            r.push_back(fila);
-        }
-        return r;
-    }
+    std::vector<std::string> Filas(const std::string& sql) { return prueba::FilasComoTexto(*s.DbEmpresa, sql); }
     // Every voucher with its lines, as the stores hold them.
     std::vector<std::string> Polizas() {
         return Filas(
