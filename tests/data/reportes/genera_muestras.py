@@ -73,6 +73,22 @@ def suma(lineas, i):
     return "{:,}.{:02d}".format(total // 100, total % 100)
 
 
+def importes(linea, debe, haber, fin_debe, fin_haber):
+    """Puts the debit and the credit, when given, each right-aligned to end
+    just before its column."""
+    if debe:
+        linea = en(linea, fin_debe - len(debe), debe)
+    if haber:
+        linea = en(linea, fin_haber - len(haber), haber)
+    return linea
+
+
+def totales(linea, partidas, fin_debe, fin_haber):
+    """A voucher's totals line: the sums of its debits and credits placed as
+    its lines' amounts are."""
+    return importes(linea, suma(partidas, 1), suma(partidas, 2), fin_debe, fin_haber)
+
+
 def escribe(nombre, lineas, codificacion="utf-8"):
     with open(nombre, "w", encoding=codificacion, newline="") as f:
         f.write("\r\n".join(lineas) + "\r\n")
@@ -122,14 +138,10 @@ def pasc():
                 titulos()
                 encabezado(n, t, dia, concepto)
             l = en(en(campo(cta, 16), 19, "Nombre de la cuenta " + cta[:3]), 44, campo(ref, 55))
-            if debe:
-                l = en(l, 100, campo(debe, 14, True))
-            if haber:
-                l = en(l, 116, campo(haber, 17, True))
+            l = importes(l, debe, haber, 114, 133)
             salida.append(l)
             renglones += 1
-        total = en(en("", 60, "TOTAL DE LA POLIZA"), 100, campo(suma(partidas, 1), 14, True))
-        salida.append(en(total, 116, campo(suma(partidas, 2), 17, True)))
+        salida.append(totales(en("", 60, "TOTAL DE LA POLIZA"), partidas, 114, 133))
         salida.append("")
     salida.append(en("", 30, "*** FIN DEL REPORTE ***"))
     escribe("076_pasc_ene.txt", salida)
@@ -171,17 +183,13 @@ def arpon():
                 titulos()
                 salida.append(en(en("Póliza : %05d (continuación)" % n, 40, "Fecha : " + fecha(dia)), 70, "Tipo: " + tipos[t]))
             l = en(campo(cuenta(cta, n), 12), 14, campo(ref, 40))
-            if debe:
-                l = en(l, 75 - len(debe) + 3, debe)
-            if haber:
-                l = en(l, 95 - len(haber) + 3, haber)
+            l = importes(l, debe, haber, 78, 98)
             salida.append(l)
             renglones += 1
             if n == 2 and cta == "6990101":
                 # A line that looks like a voucher line and cannot be read.
                 salida.append(en(en("101-99-XX", 14, "Cuenta mal impresa"), 75 - 6 + 3, "100.00"))
-        total = en(en("", 20, "Sumas de la póliza"), 75 - len(suma(partidas, 1)) + 3, suma(partidas, 1))
-        salida.append(en(total, 95 - len(suma(partidas, 2)) + 3, suma(partidas, 2)))
+        salida.append(totales(en("", 20, "Sumas de la póliza"), partidas, 78, 98))
         salida.append("-" * 95)
     escribe("098_arpon_ene.txt", salida, "cp1252")
     # The report prints no concept of the voucher.
@@ -216,14 +224,11 @@ def microsip():
                 titulos()
                 salida.append(en(cabeza, 27, "(Continuacion)"))
             l = en(en("", 7, cta[:3] + "-" + cta[3:5] + "-" + cta[5:]), 24, campo(ref, 24))
-            if debe:
-                l = en(l, 50, campo(debe, 12, True))
-            if haber:
-                l = en(l, 64, campo(haber, 12, True))
+            l = importes(l, debe, haber, 62, 76)
             salida.append(l)
             renglones += 1
         salida.append(en(en("", 51, "-" * 11), 65, "-" * 11))
-        salida.append(en(en("", 50, campo(suma(partidas, 1), 12, True)), 64, campo(suma(partidas, 2), 12, True)))
+        salida.append(totales("", partidas, 62, 76))
         salida.append("")
     escribe("015_microsip_ene.txt", salida, "cp1252")
     delimitado("015_microsip_ene.polizas.txt", lambda n: str(n), tipos)
@@ -256,15 +261,11 @@ def starcon():
                 titulos()
                 cabeza(n, t, dia, concepto)
             l = en(cta, 10, campo(ref, 30))
-            if debe:
-                l = en(l, 52 - len(debe), debe)
-            if haber:
-                l = en(l, 67 - len(haber), haber)
+            l = importes(l, debe, haber, 52, 67)
             salida.append(l)
             renglones += 1
         salida.append("-" * 74)
-        total = en(en("", 10, "SUMA POLIZA"), 52 - len(suma(partidas, 1)), suma(partidas, 1))
-        salida.append(en(total, 67 - len(suma(partidas, 2)), suma(partidas, 2)))
+        salida.append(totales(en("", 10, "SUMA POLIZA"), partidas, 52, 67))
     escribe("029_starcon_ene.txt", salida, "cp1252")
     delimitado("029_starcon_ene.polizas.txt", lambda n: "%05d" % n, tipos)
 
@@ -295,14 +296,10 @@ def proscai():
                 titulos()
                 cabeza(n, t, dia, concepto)
             l = en(cta, 14, campo(ref, 38))
-            if debe:
-                l = en(l, 62 - len(debe), debe)
-            if haber:
-                l = en(l, 77 - len(haber), haber)
+            l = importes(l, debe, haber, 62, 77)
             salida.append(l)
             renglones += 1
-        total = en(en("", 43, "Total"), 62 - len(suma(partidas, 1)), suma(partidas, 1))
-        salida.append(en(total, 77 - len(suma(partidas, 2)), suma(partidas, 2)))
+        salida.append(totales(en("", 43, "Total"), partidas, 62, 77))
     escribe("042_proscai_ene.txt", salida, "cp1252")
     delimitado("042_proscai_ene.polizas.txt", lambda n: "%06d" % n, tipos)
 
@@ -331,14 +328,10 @@ def magic():
                 titulos()
                 cabeza(n, t, dia, concepto)
             l = en(en("", 4, cta[:3] + "-" + cta[3:5] + "-" + cta[5:]), 16, campo(ref, 28))
-            if debe:
-                l = en(l, 46, campo(debe, 12, True))
-            if haber:
-                l = en(l, 60, campo(haber, 15, True))
+            l = importes(l, debe, haber, 58, 75)
             salida.append(l)
             renglones += 1
-        total = en(en("", 4, "TOTALES DE CONTROL"), 46, campo(suma(partidas, 1), 12, True))
-        salida.append(en(total, 60, campo(suma(partidas, 2), 15, True)))
+        salida.append(totales(en("", 4, "TOTALES DE CONTROL"), partidas, 58, 75))
         salida.append("")
     escribe("101_magic_ene.txt", salida, "cp1252")
     delimitado("101_magic_ene.polizas.txt", lambda n: "%06d" % n, tipos)
@@ -377,16 +370,11 @@ def coi50():
                 titulos()
                 cabeza(n, t, dia, concepto)
             l = en(cta[:3] + "-" + cta[3:5] + "-" + cta[5:], 16, campo("Cuenta " + cta[:3], 25))
-            if debe:
-                l = en(l, 54 - len(debe), debe)
-            if haber:
-                l = en(l, 70 - len(haber), haber)
+            l = importes(l, debe, haber, 54, 70)
             salida.append(en(l, 76, ref))
             renglones += 1
         salida.append(en(en("", 45, "-" * 9), 61, "-" * 9))
-        total = en(en("Total de la póliza", 54 - len(suma(partidas, 1)), suma(partidas, 1)),
-                   70 - len(suma(partidas, 2)), suma(partidas, 2))
-        salida.append(total)
+        salida.append(totales("Total de la póliza", partidas, 54, 70))
     escribe("002_coi50_ene.txt", salida, "cp1252")
     delimitado("002_coi50_ene.polizas.txt", lambda n: str(n), tipos)
 
@@ -429,15 +417,10 @@ def coi60():
                 d = titulos()
                 cabeza(d, n, t, dia, concepto)
             l = en(cta[:3] + "-" + cta[3:5] + "-" + cta[5:], 15 + d, campo(ref, 30))
-            if debe:
-                l = en(l, 56 + d - len(debe), debe)
-            if haber:
-                l = en(l, 73 + d - len(haber), haber)
+            l = importes(l, debe, haber, 56 + d, 73 + d)
             salida.append(l)
             renglones += 1
-        total = en(en(en("", 30, "Totales:"), 56 + d - len(suma(partidas, 1)), suma(partidas, 1)),
-                   73 + d - len(suma(partidas, 2)), suma(partidas, 2))
-        salida.append(total)
+        salida.append(totales(en("", 30, "Totales:"), partidas, 56 + d, 73 + d))
         salida.append("")
     salida.append(en("", 20, "Total de la póliza y del mes"))
     escribe("100_coi60_ene.txt", salida, "cp1252")
