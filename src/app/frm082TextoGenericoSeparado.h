@@ -7,17 +7,16 @@
 #include <QComboBox>
 #include <QRadioButton>
 
-#include "app/MarcoImportador.h"
+#include "app/MarcoUnArchivo.h"
 #include "importers/texto_delimitado/LectorTextoDelimitado.h"
 
 namespace velmorant::app {
 
-class frm082TextoGenericoSeparado : public MarcoImportador {
+class frm082TextoGenericoSeparado : public MarcoUnArchivo {
     Q_OBJECT
 public:
     explicit frm082TextoGenericoSeparado(Sesion& sesion, QWidget* padre = nullptr);
 
-    QCheckBox* chkUnArchivo;
     QGroupBox* fraSeparador;
     QRadioButton* optTabulacion;
     QRadioButton* optOtro;
@@ -31,13 +30,9 @@ public:
     const LecturaDelimitada& lectura() const { return lectura_; }
     /// The current layout's name.
     const std::string& Configuracion() const { return Configuracion_; }
-    /// With "Un solo archivo" the January row is the year's one file.
-    ArchivosImportacion Archivos() const override;
 
 protected:
     bool ValidaPropios() override;
-    bool ValidaPolizas() override;
-    bool mesDisponible(int mes) const override;
     /// The layout store opened as every generic importer opens it.
     void Form_Load() override;
     /// The parameters form: its layout becomes the form's; its cancel ends
@@ -48,8 +43,6 @@ protected:
 private:
     LecturaDelimitada lectura_;
     std::string Configuracion_;
-
-    void chkUnArchivo_Click(bool marcado);
 };
 
 /// The form's description: its files, pickers, keys and messages.
