@@ -72,6 +72,11 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The last month of vouchers asked for by "hasta-mes": 1 to 12, or 13 for
+/// the year with its closing vouchers; 0 when none was given. Throws
+/// ParametroInvalido for anything else.
+int MesHastaElegido(const ArchivosImportacion& a);
+
 /// Builds the importer of a run from the user's choices. Throws
 /// ParametroInvalido for a choice it cannot use; returns null, after its
 /// message through the session, when it refuses for a reason the user must

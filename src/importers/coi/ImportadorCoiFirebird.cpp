@@ -251,14 +251,7 @@ void ImportadorCoiFirebird::ImportaPolizas(Sesion& s, DestinoTmp& d, const Archi
 
 OpcionesCoiFirebird OpcionesCoiFirebirdDe(const ArchivosImportacion& a) {
     OpcionesCoiFirebird o;
-    if (auto mes = a.parametro("hasta-mes")) {
-        const std::string t = RecortaEspacios(*mes);
-        o.hastaMes = !t.empty() && t.size() <= 2 && t.find_first_not_of("0123456789") == std::string::npos
-                         ? std::stoi(t)
-                         : -1;
-        if (o.hastaMes < 1 || o.hastaMes > 13)
-            throw ParametroInvalido("--hasta-mes: el mes va de 01 a 12, o 13 para el ejercicio con su cierre: " + *mes);
-    }
+    o.hastaMes = MesHastaElegido(a);
     o.version8 = a.casilla("ver8");
     o.usuario = RecortaEspacios(a.parametro("usuario").value_or(""));
     o.contrasena = a.parametro("contrasena").value_or("");

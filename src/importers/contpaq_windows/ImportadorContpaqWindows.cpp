@@ -513,14 +513,7 @@ void ImportadorContpaqWindows::confirmaPropio(Sesion& s, MomentoConfirmacion mom
 
 OpcionesContpaqWindows OpcionesContpaqDe(const ArchivosImportacion& a) {
     OpcionesContpaqWindows o;
-    if (auto mes = a.parametro("hasta-mes")) {
-        const std::string t = RecortaEspacios(*mes);
-        o.hastaMes = !t.empty() && t.size() <= 2 && t.find_first_not_of("0123456789") == std::string::npos
-                         ? std::stoi(t)
-                         : -1;
-        if (o.hastaMes < 1 || o.hastaMes > 13)
-            throw ParametroInvalido("--hasta-mes: el mes va de 01 a 12, o 13 para el mes de cierre: " + *mes);
-    }
+    o.hastaMes = MesHastaElegido(a);
     if (auto lista = a.parametro("naturaleza")) {
         size_t inicio = 0;
         while (inicio <= lista->size()) {

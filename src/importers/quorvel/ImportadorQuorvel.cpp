@@ -279,14 +279,7 @@ void ImportadorQuorvel5::cargaTabla(TablasQuorvel& t, const ArchivosImportacion&
 
 OpcionesQuorvel OpcionesDe(const ArchivosImportacion& a) {
     OpcionesQuorvel o;
-    if (auto mes = a.parametro("hasta-mes")) {
-        const std::string t = RecortaEspacios(*mes);
-        o.hastaMes = t.find_first_not_of("0123456789") == std::string::npos && !t.empty() && t.size() <= 2
-                         ? std::stoi(t)
-                         : -1;
-        if (o.hastaMes < 1 || o.hastaMes > 13)
-            throw ParametroInvalido("--hasta-mes: el mes va de 01 a 12, o 13 para el ejercicio con su cierre: " + *mes);
-    }
+    o.hastaMes = MesHastaElegido(a);
     o.polizaFechaDiferente = a.casilla("poliza-fecha-diferente");
     return o;
 }
