@@ -1,5 +1,11 @@
 #include "pipeline/Importacion.h"
 
+#include <cctype>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
 #include "accounts/CodigosCuenta.h"
 #include "accounts/Jerarquia.h"
 #include "importers/DestinoTmp.h"
@@ -39,6 +45,35 @@ void SeparaEmpresas(BaseDatos& db) {
         db.separa(kAliasEmpresas);
 }
 
+// With VELMORANT_TIEMPOS set, the time each step took, summed over the
+// months, is printed on standard error when the run ends: the profile of a
+// run by its own steps, for the benchmarks and for a slow client's year.
+class TiemposDePasos {
+public:
+    TiemposDePasos() : activo_(std::getenv("VELMORANT_TIEMPOS") != nullptr) {}
+    ~TiemposDePasos() {
+        for (const auto& [nombre, segundos] : suma_) std::fprintf(stderr, "%8.3f s  %s\n", segundos, nombre.c_str());
+    }
+    template <class F>
+    void mide(const std::string& nombre, F&& f) {
+        if (!activo_) return f();
+        const auto inicio = std::chrono::steady_clock::now();
+        f();
+        const std::chrono::duration<double> d = std::chrono::steady_clock::now() - inicio;
+        suma_[SinMes(nombre)] += d.count();
+    }
+
+private:
+    bool activo_;
+    std::map<std::string, double> suma_;
+    static std::string SinMes(const std::string& nombre) {
+        const auto corte = nombre.find_last_of(' ');
+        const bool mes = corte != std::string::npos && nombre.size() - corte == 3 &&
+                         std::isdigit(static_cast<unsigned char>(nombre[corte + 1]));
+        return mes ? nombre.substr(0, corte) : nombre;
+    }
+};
+
 // One run: its session, its importer and the name of the step in hand, so
 // that a failure can say where it happened.
 class Corrida {
@@ -63,6 +98,7 @@ private:
     HistorialCorrida* hist_;  // the run's history: counts, backup, its row
     ProgresoMudo mudo_;
     std::string paso_;
+    TiemposDePasos tiempos_;
     // The one writer of the run's stores, from the first reader to the last.
     std::unique_ptr<DestinoTmp> destino_;
 
@@ -73,7 +109,7 @@ private:
         paso_ = nombre;
         PuntoPrueba(nombre);
         if (op_.antesDePaso) op_.antesDePaso(nombre);
-        f();
+        tiempos_.mide(nombre, f);
         barra().cede();
     }
 
