@@ -28,6 +28,7 @@ PACKAGES=(
   libzip-dev                # zip archives a client delivers in place of its files (extracted before reading)
   libpugixml-dev            # the XML parts of an .xlsx
   libfreexl-dev             # .xls workbooks
+  libssl-dev                # SHA-256 of the files a run reads and of the company's backup (libcrypto)
   libxlsxwriter-dev         # tests write their .xlsx fixtures with it
   python3-xlwt              # tests write their .xls fixtures with it (run by /usr/bin/python3)
   clang-14 libclang-rt-14-dev  # fuzz targets: libFuzzer, AddressSanitizer and UBSan (build-fuzz, tests/fuzz)
