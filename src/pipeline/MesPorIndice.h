@@ -96,4 +96,12 @@ inline Consulta ConsultaCon(BaseDatos& db, const std::string& sql, const std::ve
     return Consulta(st);
 }
 
+/// A statement whose parameters are given as a list.
+inline void EjecutaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
+    Sentencia& st = db.preparada(sql);
+    st.reinicia();
+    for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
+    st.ejecuta();
+}
+
 }  // namespace velmorant

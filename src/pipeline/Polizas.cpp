@@ -72,17 +72,6 @@ LineasPorPoliza LineasTmpParaCuadre(BaseDatos& db, const FiltroMes& delMes, Cons
                     delMes.valores));
 }
 
-void GuardaLineas(BaseDatos& db, LineasPorPoliza& lineas, const Valor& idPoliza) {
-    Sentencia& agrega = db.preparada(
-        "INSERT INTO Polizas_Detalle (IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?,?,?,?,?,?)");
-    for (lineas.de(idPoliza); lineas.quedan(); lineas.siguiente()) {
-        const Consulta& l = lineas.linea();
-        agrega.con(l.campo(0), l.campo(1), l.campo(2), l.campo(3), QuitaCaracteresEspeciales(SiNuloTexto(l.campo(4))),
-                   l.campo(5))
-            .ejecuta();
-    }
-}
-
 struct CambioTipo {
     const char* anterior;
     const char* nuevo;
@@ -129,40 +118,35 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = EmpresaAbierta(s);
     const int n = NumeroDeMesDeTexto(mes);
     const FiltroMes delMes = FiltroDeMesTmp(db, "Polizas_Tmp", n);
-    Consulta polizas = ConsultaCon(
-        db,
-        "SELECT IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, Poliza_Ajuste "
-        "FROM Polizas_Tmp WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
-        delMes.valores);
-    Sentencia& agrega = db.preparada(
-        "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, Poliza_Mes13, "
-        "Poliza_Ajuste) VALUES (?,?,?,?,substr(?,1,255),?,?,?,?)");
-    const std::string campos =
-        "SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza IN ";
-    const std::string ids = ListaDeIds(polizas, 0);
-    LineasPorPoliza lineas(
-        ids.empty() ? ConsultaCon(db,
-                                  campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion +
-                                      ") ORDER BY IdPoliza, rowid",
-                                  delMes.valores)
-                    : db.consulta(campos + "(SELECT value FROM json_each(?)) ORDER BY IdPoliza, rowid", ids));
+    // The month goes across in two statements inside the engine, vouchers by
+    // IdPoliza and each voucher's lines in the order the source gave them, so
+    // the company's rows are those, and in the order, of a walk voucher by
+    // voucher. Texts are cleaned as the walk would clean them: a Null is an
+    // empty text, and the concept is cut to 255 characters.
     Transaccion t(db);
-    MaximoProgreso(s, polizas.cuentaRegistros());
-    size_t avance = 0;
-    for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
-        auto fecha = polizas["Fecha"].fecha();
-        EtiquetaProgreso(s, "Importando Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " + SiNuloTexto(polizas["Tipo"]) + ", " +
-                        (fecha ? fecha->ddmmaaaa() : SiNuloTexto(polizas["Fecha"])));
-        agrega
-            .con(polizas["IdPoliza"], polizas["Poliza"], polizas["Tipo"], polizas["Fecha"],
-                 QuitaCaracteresEspeciales(SiNuloTexto(polizas["Concepto"])),
-                 polizas["Poliza_Deshabilitada"].booleano(), polizas["Cuadrada"].booleano(),
-                 polizas["Poliza_Mes13"].booleano(), polizas["Poliza_Ajuste"].booleano())
-            .ejecuta();
-        GuardaLineas(db, lineas, polizas["IdPoliza"]);
-        AvanceProgreso(s, ++avance);
-    }
+    EjecutaCon(db,
+               "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, "
+               "Poliza_Mes13, Poliza_Ajuste) "
+               "SELECT IdPoliza, Poliza, Tipo, Fecha, substr(" + SqlSinCaracteresEspeciales("Concepto") + ", 1, 255), " +
+                   SqlBooleano("Poliza_Deshabilitada") + ", " + SqlBooleano("Cuadrada") + ", " +
+                   SqlBooleano("Poliza_Mes13") + ", " + SqlBooleano("Poliza_Ajuste") +
+                   " FROM Polizas_Tmp WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
+               delMes.valores);
+    EjecutaCon(db,
+               "INSERT INTO Polizas_Detalle (IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) "
+               "SELECT IdPoliza, Cuenta, TipoMov, Importe, " + SqlSinCaracteresEspeciales("Referencia") +
+                   ", Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza IN "
+                   "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ") ORDER BY IdPoliza, rowid",
+               delMes.valores);
     t.confirma();
+    // The label a walk would have ended on: the month's last voucher.
+    Consulta ultima = ConsultaCon(db, "SELECT Poliza, Tipo, Fecha FROM Polizas_Tmp WHERE " + delMes.condicion +
+                                          " ORDER BY IdPoliza DESC LIMIT 1", delMes.valores);
+    if (!ultima.vacia()) {
+        auto fecha = ultima["Fecha"].fecha();
+        EtiquetaProgreso(s, "Importando Pol. " + SiNuloTexto(ultima["Poliza"]) + ", " + SiNuloTexto(ultima["Tipo"]) +
+                                ", " + (fecha ? fecha->ddmmaaaa() : SiNuloTexto(ultima["Fecha"])));
+    }
 }
 
 void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {

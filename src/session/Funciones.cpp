@@ -58,6 +58,16 @@ std::string QuitaCaracteresEspeciales(const std::string& t) {
     return QuitaCaracter(QuitaCaracter(QuitaCaracter(t, "'"), "|"), "~");
 }
 
+// The three characters are single bytes that no UTF-8 sequence holds, so
+// replacing them byte by byte is QuitaCaracter's removal.
+std::string SqlSinCaracteresEspeciales(const std::string& columna) {
+    return "replace(replace(replace(ifnull(" + columna + ", ''), '''', ''), '|', ''), '~', '')";
+}
+
+std::string SqlBooleano(const std::string& columna) {
+    return "(CASE WHEN ifnull(" + columna + ", 0) <> 0 THEN -1 ELSE 0 END)";
+}
+
 std::string DosDigitos(long n) {
     std::string t = std::to_string(n);
     return t.size() < 2 ? "0" + t : t;

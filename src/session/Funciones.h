@@ -34,6 +34,13 @@ std::string QuitaApostrofes(const std::string& t);
 std::string QuitaCaracter(const std::string& texto, const std::string& caracter);
 /// Removes "'", "|" and "~", in that order, with QuitaCaracter.
 std::string QuitaCaracteresEspeciales(const std::string& t);
+/// The same cleaning as an SQL expression over `columna` (a name of this
+/// program's, never a value), with a Null read as an empty text, as
+/// QuitaCaracteresEspeciales(SiNuloTexto(...)) reads it: for the steps that
+/// copy a month inside the engine instead of row by row.
+std::string SqlSinCaracteresEspeciales(const std::string& columna);
+/// A stored flag as the stores keep a boolean, -1 or 0, a Null being false.
+std::string SqlBooleano(const std::string& columna);
 
 /// A month (or any small number) as two-digit text: 3 → "03".
 std::string DosDigitos(long n);
