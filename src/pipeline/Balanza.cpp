@@ -104,23 +104,63 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
     return {(cargo ? "C" : "A") + DosDigitos(mes), importe};
 }
 
+/// The month's posting summed by the engine, one row per account, kind of
+/// voucher and side, added to `sumas` as Asiento would add each line. False,
+/// with `sumas` untouched, when a line cannot go this way: its account has
+/// no row to post to (the walk logs each such line) or its amount is not
+/// stored as an exact integer.
+bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
+                    const std::vector<Valor>& valores, int mes, Sumas& sumas) {
+    Consulta grupos = ConsultaCon(
+        db,
+        "SELECT d.Cuenta, p.Clase, d.TipoMov = 'D' COLLATE BINARY AS Cargo, SUM(d.Importe), "
+        "SUM(typeof(d.Importe) NOT IN ('integer', 'null')) "
+        "FROM (SELECT IdPoliza, CASE WHEN IFNULL(Poliza_Mes13,0) <> 0 THEN 1 WHEN IFNULL(Poliza_Ajuste,0) <> 0 "
+        "THEN 2 ELSE 0 END AS Clase FROM Polizas WHERE " + condicion + ") p "
+        "JOIN Polizas_Detalle d ON d.IdPoliza = p.IdPoliza GROUP BY d.Cuenta, p.Clase, Cargo",
+        valores);
+    Sumas parciales;
+    for (grupos.primero(); !grupos.eof(); grupos.siguiente()) {
+        const Valor& tipoMov = grupos.campo(2);
+        DestinoLinea destino = destinos.destino(SiNuloTexto(grupos.campo(0)), tipoMov, grupos.campo(3));
+        if (!destino.fila || grupos.campo(4).entero() != 0) return false;
+        const bool cargo = tipoMov.booleano();
+        const Moneda importe = grupos.campo(3).moneda();
+        switch (grupos.campo(1).entero()) {
+            case 1: parciales[{*destino.fila, cargo ? "C13" : "A13"}] += importe; break;
+            case 2: parciales[{*destino.fila, "SaldoInicial"}] += cargo ? importe : -importe; break;
+            default: parciales[{*destino.fila, (cargo ? "C" : "A") + DosDigitos(mes)}] += importe;
+        }
+    }
+    for (const auto& [celda, importe] : parciales) sumas[celda] += importe;
+    return true;
+}
+
 void PostaPolizasDelMes(Sesion& s, int mes) {
     BaseDatos& db = EmpresaAbierta(s);
     const FiltroMes delMes = FiltroDeMes(db, "Polizas", mes);
     const std::string condicion = "Cuadrada AND NOT IFNULL(Poliza_Deshabilitada,0) AND " + delMes.condicion;
+    if (BalanzaVacia(db)) return;
+    Sumas sumas;
+    DestinosEnBalanza destinos(s);
+    if (SumaPorCuentas(destinos, db, condicion, delMes.valores, mes, sumas)) {
+        EscribeSumas(db, "Balanzas", sumas);
+        Consulta ultima = UltimaPolizaDelMes(db, "Polizas", condicion, delMes.valores);
+        if (!ultima.vacia())
+            EtiquetaProgreso(s, "Aplicando póliza num. " + SiNuloTexto(ultima["Poliza"]) + " de " +
+                                    SiNuloTexto(ultima["Tipo"]) + " " + NombreDelMes(mes));
+        return;
+    }
     Consulta polizas = ConsultaCon(db,
                                    "SELECT IdPoliza, Poliza, Tipo, Fecha, Poliza_Mes13, Poliza_Ajuste FROM Polizas WHERE " +
                                        condicion + " ORDER BY IdPoliza ASC, rowid",
                                    delMes.valores);
-    if (BalanzaVacia(db)) return;
     LineasPorPoliza lineas(ConsultaCon(db,
                                        "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
                                        "(SELECT IdPoliza FROM Polizas WHERE " +
                                            condicion + ") ORDER BY IdPoliza, rowid",
                                        delMes.valores));
     MaximoProgreso(s, polizas.cuentaRegistros());
-    Sumas sumas;
-    DestinosEnBalanza destinos(s);
     size_t n = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         std::string poliza = SiNuloTexto(polizas["Poliza"]), tipo = SiNuloTexto(polizas["Tipo"]);

@@ -96,6 +96,18 @@ inline Consulta ConsultaCon(BaseDatos& db, const std::string& sql, const std::ve
     return Consulta(st);
 }
 
+/// The last voucher, by IdPoliza, of `tabla` under `condicion`: its Poliza,
+/// Tipo and Fecha, for the progress label of a step that takes a month at
+/// once, the label a walk voucher by voucher would have ended on. Empty
+/// when the month has none.
+inline Consulta UltimaPolizaDelMes(BaseDatos& db, const std::string& tabla, const std::string& condicion,
+                                   const std::vector<Valor>& valores) {
+    return ConsultaCon(db,
+                       "SELECT Poliza, Tipo, Fecha FROM " + tabla + " WHERE " + condicion +
+                           " ORDER BY IdPoliza DESC, rowid DESC LIMIT 1",
+                       valores);
+}
+
 /// A statement whose parameters are given as a list.
 inline void EjecutaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
     Sentencia& st = db.preparada(sql);

@@ -2,6 +2,7 @@
 
 #include <set>
 #include <stdexcept>
+#include <unordered_map>
 
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Balanza.h"
@@ -28,21 +29,6 @@ void Registra(Sesion& s, const std::string& referencia, const Consulta& poliza, 
                            SiNuloTexto(poliza["Tipo"]), poliza["Fecha"].fecha(), cuenta);
 }
 
-/// Debits less credits of a voucher's lines in the store, counting only the
-/// lines whose account the temporary chart or the company's chart knows
-/// (the month's lines are read with that filter).
-Moneda DiferenciaDePoliza(LineasPorPoliza& lineas, const Valor& idPoliza) {
-    Moneda diferencia;
-    for (lineas.de(idPoliza); lineas.quedan(); lineas.siguiente()) {
-        Moneda importe = lineas.linea().campo(2).moneda();
-        if (SiNuloTexto(lineas.linea().campo(1)) == "D")
-            diferencia += importe;
-        else
-            diferencia -= importe;
-    }
-    return diferencia;
-}
-
 /// The condition on `Polizas_Tmp` that picks a month's vouchers for the
 /// balance check, read through the store's date index, with its parameters.
 FiltroMes CondicionCuadreDelMes(BaseDatos& db, int mes) {
@@ -59,17 +45,37 @@ Consulta PolizasTmpDelMes(BaseDatos& db, const FiltroMes& delMes) {
                        delMes.valores);
 }
 
-/// The lines of the vouchers in `polizas` (IdPoliza in its column 1).
-LineasPorPoliza LineasTmpParaCuadre(BaseDatos& db, const FiltroMes& delMes, Consulta& polizas) {
-    const std::string campos = "SELECT IdPoliza, TipoMov, Importe FROM Polizas_Detalle_Tmp d WHERE IdPoliza IN ";
-    const std::string resto =
-        " AND (EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
-        "EXISTS (SELECT 1 FROM main.Cuentas c WHERE c.Cuenta = d.Cuenta)) ORDER BY IdPoliza, rowid";
-    const std::string ids = ListaDeIds(polizas, 1);
-    if (!ids.empty()) return LineasPorPoliza(db.consulta(campos + "(SELECT value FROM json_each(?))" + resto, ids));
-    return LineasPorPoliza(
-        ConsultaCon(db, campos + "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ")" + resto,
-                    delMes.valores));
+/// Debits less credits of each voucher of the month whose lines do not
+/// cancel out, by IdPoliza, summed exactly by the engine over the integers
+/// the store keeps. Only the lines whose account the temporary chart or the
+/// company's chart knows count; a "D" is a debit, anything else a credit.
+std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const FiltroMes& delMes) {
+    const std::string importe =
+        "CASE WHEN d.TipoMov = 'D' COLLATE BINARY THEN IFNULL(d.Importe, 0) ELSE -IFNULL(d.Importe, 0) END";
+    Consulta c = ConsultaCon(
+        db,
+        "SELECT d.IdPoliza, SUM(" + importe + ") FROM Polizas_Detalle_Tmp d "
+        "WHERE d.IdPoliza IN (SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ") "
+        "AND (EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
+        "EXISTS (SELECT 1 FROM main.Cuentas c WHERE c.Cuenta = d.Cuenta)) "
+        "GROUP BY d.IdPoliza HAVING SUM(" + importe + ") <> 0",
+        delMes.valores);
+    std::unordered_map<std::int64_t, Moneda> r;
+    for (c.primero(); !c.eof(); c.siguiente()) r.emplace(c.campo(0).entero(), c.campo(1).moneda());
+    return r;
+}
+
+/// True when every account on a line of the month's balanced vouchers has a
+/// row of the trial balance to post to and is not accumulative: then no line
+/// is rejected, and the month needs no walk. Each account is looked up once.
+bool CuentasRegistrables(DestinosEnBalanza& destinos, BaseDatos& db, const FiltroMes& delMes) {
+    Consulta cuentas = ConsultaCon(db,
+                                   "SELECT DISTINCT Cuenta FROM Polizas_Detalle WHERE IdPoliza IN "
+                                   "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND " + delMes.condicion + ")",
+                                   delMes.valores);
+    for (cuentas.primero(); !cuentas.eof(); cuentas.siguiente())
+        if (!destinos.destino(SiNuloTexto(cuentas.campo(0)), Valor(), Valor()).fila) return false;
+    return true;
 }
 
 struct CambioTipo {
@@ -89,27 +95,35 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     const int n = NumeroDeMesDeTexto(mes);
     const FiltroMes delMes = CondicionCuadreDelMes(db, n);
     Consulta polizas = PolizasTmpDelMes(db, delMes);
-    LineasPorPoliza lineas = LineasTmpParaCuadre(db, delMes, polizas);
+    const auto diferencias = DiferenciasDelMes(db, delMes);
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
     size_t avance = 0;
+    std::string descuadradas = "[";
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         EtiquetaProgreso(s, "Verificando cuadre de Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " +
                         SiNuloTexto(polizas["Tipo"]) + ", " + NombreMesDosDigitos(mes));
-        Moneda diferencia = DiferenciaDePoliza(lineas, polizas["IdPoliza"]);
-        if (!diferencia.esCero()) {
-            Registra(s, "Póliza no balanceada Importe de diferencia " + diferencia.formatoMoneda(), polizas, "");
+        const Valor& id = polizas["IdPoliza"];
+        auto d = id.esNulo() ? diferencias.end() : diferencias.find(id.entero());
+        if (d != diferencias.end()) {
+            Registra(s, "Póliza no balanceada Importe de diferencia " + d->second.formatoMoneda(), polizas, "");
             db.ejecuta("UPDATE Polizas_Tmp SET Poliza_Deshabilitada=-1, Cuadrada=0 WHERE rowid=?", polizas["Fila"]);
-        } else {
-            if (polizas["Poliza_Deshabilitada"].booleano())
-                Registra(s,
-                         "La Póliza se encuentra indicada como CANCELADA en los archivos de origen, por lo que, los "
-                         "movimientos no se reflejaran en la Balanza.",
-                         polizas, "");
-            db.ejecuta("UPDATE Polizas_Tmp SET Cuadrada=-1 WHERE rowid=?", polizas["Fila"]);
+            descuadradas += (descuadradas.size() > 1 ? "," : "") + std::to_string(polizas["Fila"].entero());
+        } else if (polizas["Poliza_Deshabilitada"].booleano()) {
+            Registra(s,
+                     "La Póliza se encuentra indicada como CANCELADA en los archivos de origen, por lo que, los "
+                     "movimientos no se reflejaran en la Balanza.",
+                     polizas, "");
         }
         AvanceProgreso(s, ++avance);
     }
+    // Every other voucher of the month balances.
+    std::vector<Valor> valores = delMes.valores;
+    valores.emplace_back(descuadradas + "]");
+    EjecutaCon(db,
+               "UPDATE Polizas_Tmp SET Cuadrada=-1 WHERE " + delMes.condicion +
+                   " AND rowid NOT IN (SELECT value FROM json_each(?))",
+               valores);
     t.confirma();
 }
 
@@ -140,8 +154,7 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
                delMes.valores);
     t.confirma();
     // The label a walk would have ended on: the month's last voucher.
-    Consulta ultima = ConsultaCon(db, "SELECT Poliza, Tipo, Fecha FROM Polizas_Tmp WHERE " + delMes.condicion +
-                                          " ORDER BY IdPoliza DESC LIMIT 1", delMes.valores);
+    Consulta ultima = UltimaPolizaDelMes(db, "Polizas_Tmp", delMes.condicion, delMes.valores);
     if (!ultima.vacia()) {
         auto fecha = ultima["Fecha"].fecha();
         EtiquetaProgreso(s, "Importando Pol. " + SiNuloTexto(ultima["Poliza"]) + ", " + SiNuloTexto(ultima["Tipo"]) +
@@ -154,6 +167,14 @@ void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
     const int n = NumeroDeMesDeTexto(mes);
     if (db.escalar("SELECT 1 FROM Balanzas LIMIT 1").esNulo()) return;
     const FiltroMes delMes = FiltroDeMes(db, "Polizas", n);
+    DestinosEnBalanza destinos(s);
+    if (CuentasRegistrables(destinos, db, delMes)) {
+        Consulta ultima = UltimaPolizaDelMes(db, "Polizas", "Cuadrada AND " + delMes.condicion, delMes.valores);
+        if (!ultima.vacia())
+            EtiquetaProgreso(s, "Verificando consistencia en póliza num. " + SiNuloTexto(ultima["Poliza"]) + " de " +
+                                    SiNuloTexto(ultima["Tipo"]) + " " + NombreMesDosDigitos(mes));
+        return;
+    }
     Consulta polizas = ConsultaCon(db,
                                    "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha FROM Polizas WHERE Cuadrada AND " +
                                        delMes.condicion + " ORDER BY IdPoliza ASC, rowid",
@@ -165,7 +186,6 @@ void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
                                        delMes.valores));
     Transaccion t(db);
     MaximoProgreso(s, polizas.cuentaRegistros());
-    DestinosEnBalanza destinos(s);
     size_t avance = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
         EtiquetaProgreso(s, "Verificando consistencia en póliza num. " + SiNuloTexto(polizas["Poliza"]) + " de " +
