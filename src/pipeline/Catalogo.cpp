@@ -90,15 +90,38 @@ void CompararCuenta(Sesion& s, BaseDatos& db, const Consulta& empresa) {
     db.ejecuta("UPDATE CuentasTmp.Cuentas SET Revisado = ? WHERE rowid = ?", true, tmp["Fila"]);
 }
 
+/// The accounts the new voucher lines use, without case as the store's
+/// column compares them, read in one pass the first time an account is
+/// asked about: the store has no index on them, which would cost its
+/// upkeep on every line read, and most runs never ask.
+class CuentasConLineas {
+public:
+    explicit CuentasConLineas(BaseDatos& db) : db_(db) {}
+    bool usa(const Valor& cuenta) {
+        if (!leidas_) {
+            Consulta c = db_.consulta("SELECT DISTINCT Cuenta FROM Polizas_Detalle_Tmp WHERE Cuenta IS NOT NULL");
+            for (c.primero(); !c.eof(); c.siguiente()) cuentas_.insert(Minusculas(c.campo(0).texto()));
+            leidas_ = true;
+        }
+        return cuentas_.count(Minusculas(cuenta.texto())) > 0;
+    }
+
+private:
+    BaseDatos& db_;
+    bool leidas_ = false;
+    std::set<std::string> cuentas_;
+};
+
 /// True when the company account must stay: the store has it, it has a
 /// prior-year balance, it is a parent, or some line uses it.
-bool SeConserva(BaseDatos& db, const Consulta& fila, const std::set<std::string>& padres) {
+bool SeConserva(BaseDatos& db, const Consulta& fila, const std::set<std::string>& padres, CuentasConLineas& lineas) {
     const Valor& cuenta = fila["Cuenta"];
     if (!FilaTmp(db, "1", cuenta).vacia()) return true;
     const Valor& anterior = fila["Saldo_Anterior_Final"];
     if (anterior.esNulo() || !anterior.moneda().esCero()) return true;
     if (padres.count(Minusculas(cuenta.texto()))) return true;
-    for (const char* tabla : {"Polizas_Detalle_Tmp", "Ajustes_Detalle", "Reclasificaciones_Detalle"})
+    if (lineas.usa(cuenta)) return true;
+    for (const char* tabla : {"Ajustes_Detalle", "Reclasificaciones_Detalle"})
         if (!db.escalar(std::string("SELECT 1 FROM ") + tabla + " WHERE Cuenta = ? LIMIT 1", cuenta).esNulo())
             return true;
     return false;
@@ -201,10 +224,11 @@ void DepuraCatalogo(Sesion& s, Progreso& barra) {
     Consulta empresa = db.consulta("SELECT rowid AS Fila, Cuenta, Saldo_Anterior_Final FROM main.Cuentas ORDER BY rowid");
     barra.maximo(static_cast<long>(empresa.cuentaRegistros()));
     long n = 0;
+    CuentasConLineas lineas(db);
     for (empresa.primero(); !empresa.eof(); empresa.siguiente()) {
         barra.valor(++n);
         if (!empresa["Cuenta"].esNulo()) {
-            if (SeConserva(db, empresa, padres)) continue;
+            if (SeConserva(db, empresa, padres, lineas)) continue;
             db.ejecuta("DELETE FROM main.Balanzas WHERE Cuenta = ?", empresa["Cuenta"]);
         }
         db.ejecuta("DELETE FROM main.Cuentas WHERE rowid = ?", empresa["Fila"]);

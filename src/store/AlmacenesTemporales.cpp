@@ -37,7 +37,9 @@ DefTabla PolizasDetalleTmp() {
     return {kPolizasDetalleTmp,
             {Long("IdPoliza"), Texto("Cuenta", 50), Texto("TipoMov", 1), MonedaC("Importe"), Texto("Referencia", 255),
              Integer("Partida")},
-            {{"IdPoliza", {"IdPoliza"}}, {"Cuenta", {"Cuenta"}}}};
+            // No index on Cuenta: kept up on every line read, at random
+            // places, it cost more than the few look-ups by account it served.
+            {{"IdPoliza", {"IdPoliza"}}}};
 }
 
 DefTabla InconsisImpTmp() {

@@ -95,7 +95,7 @@ const std::vector<CasoAlmacen>& Casos() {
          "IdPoliza(Poliza,Tipo,Fecha)"},
         {"Polizas_Detalle_Tmp", CreaPolizasDetalleTmp, "Polizas_Detalle_Tmp",
          "IdPoliza:INTEGER Cuenta:TEXT TipoMov:TEXT Importe:INTEGER Referencia:TEXT Partida:INTEGER",
-         "Cuenta(Cuenta) IdPoliza(IdPoliza)"},
+         "IdPoliza(IdPoliza)"},
         {"InconsisImpTmp", CreaInconsisImpTmp, "InconsisImpTmp",
          "Referencia:TEXT FuenteError:TEXT ClasifError:TEXT Poliza:TEXT Tipo:TEXT Fecha:TEXT Cuenta:TEXT "
          "Cuenta_Fmtda:TEXT",
