@@ -56,6 +56,20 @@ void ReglaLongitudCompleta(Sesion& s, std::string& cuenta, int& nivel) {
     cuenta = CuentaHastaNivel(s, cuenta, nivel);
 }
 
+CuentasDeLineas::CuentasDeLineas(Sesion& s, OrdenLimpieza orden, bool cortaCompletas)
+    : s_(s), formato_(FormatoCuenta::De(s)), orden_(orden), cortaCompletas_(cortaCompletas) {}
+
+std::string CuentasDeLineas::limpia(const std::string& texto) {
+    if (auto it = hechas_.find(texto); it != hechas_.end()) return it->second;
+    std::string cuenta = LimpiaCuenta(formato_, texto, orden_, false);
+    int nivel = 0;
+    if (cortaCompletas_) ReglaLongitudCompleta(s_, cuenta, nivel);
+    // A source of endless distinct codes is cleaned line by line past this.
+    constexpr size_t kMaximo = 100000;
+    if (hechas_.size() < kMaximo) hechas_.emplace(texto, cuenta);
+    return cuenta;
+}
+
 std::string LimpiaImporte(const std::string& texto, const std::string& vacio) {
     if (texto.empty()) return vacio;
     if (!EsNumerico(texto)) {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 
 #include "accounts/CodigosCuenta.h"
 #include "platform/Fecha.h"
@@ -47,6 +48,24 @@ size_t LongitudCompleta(const Sesion& s);
 /// (CalculaNivelCuenta, CuentaHastaNivel), and `nivel` becomes that count.
 /// Any other code is left alone.
 void ReglaLongitudCompleta(Sesion& s, std::string& cuenta, int& nivel);
+
+/// The accounts of one reading's voucher lines: each distinct text of the
+/// source cleaned once, by LimpiaCuenta in `orden` and then, with
+/// `cortaCompletas`, ReglaLongitudCompleta, as a line reader applies them.
+/// A year's lines repeat a few hundred accounts; the rules read the
+/// company's format, which does not change while a file is read.
+class CuentasDeLineas {
+public:
+    CuentasDeLineas(Sesion& s, OrdenLimpieza orden, bool cortaCompletas);
+    std::string limpia(const std::string& texto);
+
+private:
+    Sesion& s_;
+    FormatoCuenta formato_;
+    OrdenLimpieza orden_;
+    bool cortaCompletas_;
+    std::unordered_map<std::string, std::string> hechas_;
+};
 
 /// Amount text as every reader cleans it: empty gives `vacio`; a text that
 /// is not numeric and holds a "-" is cut to start at it.

@@ -44,10 +44,24 @@ bool Fecha::valida() const {
     return anio_ >= 100 && anio_ <= 9999 && mes_ >= 1 && mes_ <= 12 && dia_ >= 1 && dia_ <= DiasDelMes(anio_, mes_);
 }
 
+// Every voucher line binds its date as this text: written digit by digit,
+// with the formatted print kept for values no calendar date has.
 std::string Fecha::iso() const {
-    char b[16];
-    std::snprintf(b, sizeof b, "%04d-%02d-%02d", anio_, mes_, dia_);
-    return b;
+    if (anio_ < 0 || anio_ > 9999 || mes_ < 0 || mes_ > 99 || dia_ < 0 || dia_ > 99) {
+        char b[40];
+        std::snprintf(b, sizeof b, "%04d-%02d-%02d", anio_, mes_, dia_);
+        return b;
+    }
+    std::string r = "0000-00-00";
+    r[0] = static_cast<char>('0' + anio_ / 1000);
+    r[1] = static_cast<char>('0' + anio_ / 100 % 10);
+    r[2] = static_cast<char>('0' + anio_ / 10 % 10);
+    r[3] = static_cast<char>('0' + anio_ % 10);
+    r[5] = static_cast<char>('0' + mes_ / 10);
+    r[6] = static_cast<char>('0' + mes_ % 10);
+    r[8] = static_cast<char>('0' + dia_ / 10);
+    r[9] = static_cast<char>('0' + dia_ % 10);
+    return r;
 }
 
 std::string Fecha::mmddaaaa() const {

@@ -50,14 +50,14 @@ Fecha FechaDeFila(std::string texto) {
 }
 
 void ProcesaFilaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
-                       const Fila& fila, bool mes13, Movimiento& mov) {
+                       const Fila& fila, bool mes13, Movimiento& mov, CuentasDeLineas& cuentas) {
     PolizaLeida p;
     p.Poliza = fila.campo(c.PIniNumPol);
     p.Tipo = Izquierda(fila.campo(c.PIniTipo), 10);
     // The closing vouchers take no date from the sheet.
     const std::string textoFecha = mes13 ? "31/12/" + std::to_string(s.EjercicioActual) : TextoFecha(c, fila);
     PartidaLeida l;
-    l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoSiempre, false);
+    l.Cuenta = cuentas.limpia(fila.campo(c.PIniCtaPol));
     l.Referencia = Izquierda(fila.campo(c.PIniRef), 255);
     p.Concepto = fila.campo(c.PIniConcept);
     const std::string ilegible = LeeMovimiento(c, fila, mov);
@@ -66,8 +66,6 @@ void ProcesaFilaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, co
     p.Mes13 = mes13;
     long id = d.poliza(p);
     if (l.Cuenta.empty()) return;
-    int nivel = 0;
-    ReglaLongitudCompleta(s, l.Cuenta, nivel);
     l.TipoMov = mov.TipoMov;
     l.Importe = mov.Importe;
     d.agregaPartida(id, l);
@@ -147,11 +145,12 @@ void ImportaPolizasExcel(Sesion& s, DestinoTmp& d, const std::string& ruta, cons
     if (!ExisteArchivo(ruta)) return;
     FuenteLibro fuente(ruta);
     Movimiento mov;
+    CuentasDeLineas cuentas(s, OrdenLimpieza::RellenoSiempre, true);
     // The title flag does not reach the voucher sheets: every row counts.
     ReglasRecorrido reglas = ReglasHoja(etiqueta, false);
     reglas.fallo = ReglasRecorrido::Fallo::FilaPoliza;
     RecorreFilas(s, fuente, reglas,
-                 [&](const Fila& fila) { ProcesaFilaPoliza(s, d, l.config, fuente, fila, mes == 13, mov); });
+                 [&](const Fila& fila) { ProcesaFilaPoliza(s, d, l.config, fuente, fila, mes == 13, mov, cuentas); });
 }
 
 void ImportaSaldosAnioAntExcel(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaExcel& l) {

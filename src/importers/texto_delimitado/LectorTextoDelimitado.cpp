@@ -42,7 +42,7 @@ void ExigeDelimitador(Sesion& s, const std::string& ruta, const LecturaDelimitad
 }
 
 void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
-                        const Fila& fila, Movimiento& mov) {
+                        const Fila& fila, Movimiento& mov, CuentasDeLineas& cuentas) {
     PolizaLeida p;
     p.Poliza = fila.campo(c.PIniNumPol);
     p.Tipo = fila.campo(c.PIniTipo);
@@ -53,15 +53,13 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, c
         if (!fecha) throw FalloFila("No coinciden los tipos: la fecha " + textoFecha + " no es válida");
     }
     PartidaLeida l;
-    l.Cuenta = LimpiaCuenta(s, fila.campo(c.PIniCtaPol), OrdenLimpieza::RellenoYSeparador, false);
+    l.Cuenta = cuentas.limpia(fila.campo(c.PIniCtaPol));
     l.Referencia = fila.campo(c.PIniRef);
     p.Concepto = fila.campo(c.PIniConcept);
     const std::string ilegible = LeeMovimiento(c, fila, mov);
     if (p.Poliza.empty() || !fecha) return;
     p.Fecha = *fecha;
     long id = d.poliza(p);
-    int nivel = 0;
-    ReglaLongitudCompleta(s, l.Cuenta, nivel);
     l.TipoMov = mov.TipoMov;
     l.Importe = mov.Importe;
     d.agregaPartida(id, l);
@@ -184,9 +182,11 @@ void ImportaPolizasTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, cons
     if (!ExisteArchivo(ruta)) return;
     FuenteTextoDelimitado fuente(ruta, l.separador, true);
     Movimiento mov;
+    CuentasDeLineas cuentas(s, OrdenLimpieza::RellenoYSeparador, true);
     ReglasRecorrido reglas{etiqueta, l.Titulos};
     reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
-    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fuente, fila, mov); });
+    RecorreFilas(s, fuente, reglas,
+                 [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fuente, fila, mov, cuentas); });
 }
 
 void ImportaSaldosAnioAntTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l) {

@@ -116,7 +116,7 @@ std::string LeeMovimiento(const E& c, const Fila& fila, Movimiento& m) {
 }
 
 void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const E& c, const FuenteRegistros& fuente, const Fila& fila,
-                        Movimiento& mov) {
+                        Movimiento& mov, CuentasDeLineas& cuentas) {
     PolizaLeida p;
     p.Tipo = fila.campo(kTipo);
     p.Poliza = fila.campo(kNumPol);
@@ -125,15 +125,13 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const E& c, const FuenteRegist
     std::optional<Fecha> fecha = LeeFecha(textoFecha);
     if (!fecha) throw FalloFila("No coinciden los tipos: la fecha " + textoFecha + " no es válida");
     PartidaLeida l;
-    l.Cuenta = LimpiaCuenta(s, fila.campo(kCtaPol), OrdenLimpieza::RellenoYSeparador, false);
+    l.Cuenta = cuentas.limpia(fila.campo(kCtaPol));
     const std::string referencia = fila.campo(kRef);
     p.Concepto = fila.campo(kConcept);
     const std::string ilegible = LeeMovimiento(c, fila, mov);
     if (p.Poliza.empty()) return;
     p.Fecha = *fecha;
     long id = d.poliza(p);
-    int nivel = 0;
-    if (s.RellenaCeros) ReglaLongitudCompleta(s, l.Cuenta, nivel);
     // Each line carries its concept beside its reference.
     l.Referencia = QuitaCaracteresEspeciales(referencia) + " " + QuitaCaracteresEspeciales(p.Concepto);
     l.TipoMov = mov.TipoMov;
@@ -192,9 +190,11 @@ void ImportaPolizasFijo(Sesion& s, DestinoTmp& d, const std::string& ruta, const
     ExisteOFalla(s, ruta);
     FuenteTextoFijo fuente(ruta, LugaresPolizas(c));
     Movimiento mov;
+    CuentasDeLineas cuentas(s, OrdenLimpieza::RellenoYSeparador, s.RellenaCeros);
     ReglasRecorrido reglas{etiqueta};
     reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
-    RecorreFilas(s, fuente, reglas, [&](const Fila& fila) { ProcesaLineaPoliza(s, d, c, fuente, fila, mov); });
+    RecorreFilas(s, fuente, reglas,
+                 [&](const Fila& fila) { ProcesaLineaPoliza(s, d, c, fuente, fila, mov, cuentas); });
 }
 
 // ------------------------------------------------------------ Preview
