@@ -116,15 +116,23 @@ long DestinoTmp::poliza(const PolizaLeida& p) {
     // The key holds the type as the store keeps it. A search by a whole type
     // longer than that never matches a stored voucher, as a search of the
     // store by that type would not.
+    if (ultima_ && ultima_->Poliza == p.Poliza && ultima_->Tipo == p.Tipo && ultima_->Fecha == p.Fecha &&
+        ultima_->Mes13 == p.Mes13)
+        return ultima_->id;
     const std::string tipo = Corta(p.Tipo, reglas_.largoTipo);
     const bool buscable = !reglas_.agrupaConTipoCompleto || tipo.size() == p.Tipo.size();
     std::string clave = Pliega(p.Poliza) + '\x1f' + Pliega(tipo) + '\x1f' + p.Fecha.iso() + (p.Mes13 ? "\x1f" "13" : "");
     if (buscable) {
         auto it = porIdentidad_.find(clave);
-        if (it != porIdentidad_.end()) return it->second;
+        if (it != porIdentidad_.end()) {
+            ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, it->second};
+            return it->second;
+        }
     }
     long id = escribePoliza(p);
     porIdentidad_.emplace(std::move(clave), id);
+    if (buscable) ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, id};
+    else ultima_.reset();
     return id;
 }
 

@@ -193,6 +193,16 @@ private:
     ReglasDestino reglas_;
     std::unordered_map<long, PolizaEscrita> polizas_;
     std::unordered_map<std::string, long> porIdentidad_;
+    // The voucher poliza() last found or wrote by its identity, as the
+    // reader gave it: a source gives a voucher's lines one after another,
+    // and the next line that names it the same way needs no key built.
+    struct UltimaPoliza {
+        std::string Poliza, Tipo;
+        velmorant::Fecha Fecha;
+        bool Mes13 = false;
+        long id = 0;
+    };
+    std::optional<UltimaPoliza> ultima_;
     long siguienteId_ = 0;  // 0: not read from the store yet
     long partidas_ = 0;
     bool cuentasCargadas_ = false;
