@@ -1,9 +1,12 @@
 #include "pipeline/Comparacion.h"
 
+#include <sqlite3.h>
+
 #include <cctype>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <vector>
 
 #include "accounts/CodigosCuenta.h"
@@ -15,23 +18,31 @@ namespace velmorant {
 
 namespace {
 
-// Searches by key take the first match in table order (rowid), as a walk of
-// the whole table would find it; the identity index keeps equal keys in
-// rowid order, so the search is one index probe. A voucher of months 1 to 12
-// and a closing voucher of month 13 are never partners, even with the same
-// number, type and date: each month's key looks only among its own kind.
-constexpr const char* kBuscaTmpPorFecha =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-    "WHERE Poliza=? AND Tipo=? AND Fecha=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY rowid LIMIT 1";
-constexpr const char* kBuscaTmpMes13 =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-    "WHERE Poliza=? AND Tipo=? AND Month(Fecha)=12 AND IFNULL(Poliza_Mes13,0)<>0 ORDER BY rowid LIMIT 1";
-constexpr const char* kBuscaEmpresaPorFecha =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-    "WHERE Poliza=? AND Tipo=? AND Fecha=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY rowid LIMIT 1";
-constexpr const char* kBuscaEmpresaMes13 =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-    "WHERE Poliza=? AND Tipo=? AND Month(Fecha)=12 AND IFNULL(Poliza_Mes13,0)<>0 ORDER BY rowid LIMIT 1";
+// The pairing of vouchers is done inside the engine, one query per month: for
+// each voucher of the month a correlated search takes the first match by key
+// in table order (rowid) of the other table, through that table's identity
+// index (equal keys sit in rowid order there, so the search is one probe). A
+// voucher of months 1 to 12 and a closing voucher of month 13 are never
+// partners, even with the same number, type and date: each month's key looks
+// only among its own kind. The key is computed from the voucher by the
+// functions below, registered on the connection, so it is the same text the
+// C++ side would bind: QuitaCaracteresEspeciales of the number in months 1
+// to 12 (as it is in 13), the type, and the date as FechaClave gives it.
+constexpr const char* kFuncionTexto = "ComparacionTexto";
+constexpr const char* kFuncionNumero = "ComparacionNumero";
+constexpr const char* kFuncionFecha = "ComparacionFecha";
+
+/// The partner search of `o` (a voucher row alias) in `tabla`: a scalar
+/// subquery giving the partner's rowid, Null when there is none.
+std::string SubconsultaPareja(const std::string& tabla, bool mes13) {
+    if (mes13)
+        return "(SELECT t.rowid FROM " + tabla + " t WHERE t.Poliza = ComparacionTexto(o.Poliza) "
+               "AND t.Tipo = ComparacionTexto(o.Tipo) AND Month(t.Fecha)=12 AND IFNULL(t.Poliza_Mes13,0)<>0 "
+               "ORDER BY t.rowid LIMIT 1)";
+    return "(SELECT t.rowid FROM " + tabla + " t WHERE t.Poliza = ComparacionNumero(o.Poliza) "
+           "AND t.Tipo = ComparacionTexto(o.Tipo) AND t.Fecha = ComparacionFecha(o.Fecha) "
+           "AND NOT IFNULL(t.Poliza_Mes13,0) ORDER BY t.rowid LIMIT 1)";
+}
 
 constexpr const char* kLineasEmpresa =
     "SELECT Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle WHERE IdPoliza=? "
@@ -39,9 +50,21 @@ constexpr const char* kLineasEmpresa =
 constexpr const char* kLineasTmp =
     "SELECT Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza=? "
     "ORDER BY Partida ASC, rowid";
-constexpr const char* kCuentaLineasEmpresa = "SELECT COUNT(*) FROM Polizas_Detalle WHERE IdPoliza=?";
 
-constexpr const char* kMarcaRevisado = "UPDATE Polizas_Tmp SET Revisado=-1 WHERE rowid=?";
+// The lines of many vouchers in one query: `?` is a JSON array of voucher
+// rowids; the lines come voucher after voucher in the array's order (its
+// index is the first column), each voucher's ordered by Partida and rowid.
+constexpr const char* kLineasEmpresaDe =
+    "SELECT j.key, d.Cuenta, d.TipoMov, d.Importe, d.Referencia, d.Partida FROM json_each(?) j "
+    "JOIN Polizas p ON p.rowid = j.value JOIN Polizas_Detalle d ON d.IdPoliza = p.IdPoliza "
+    "ORDER BY j.key, d.Partida, d.rowid";
+constexpr const char* kLineasTmpDe =
+    "SELECT j.key, d.Cuenta, d.TipoMov, d.Importe, d.Referencia, d.Partida FROM json_each(?) j "
+    "JOIN Polizas_Tmp p ON p.rowid = j.value JOIN Polizas_Detalle_Tmp d ON d.IdPoliza = p.IdPoliza "
+    "ORDER BY j.key, d.Partida, d.rowid";
+
+constexpr const char* kMarcaRevisadas =
+    "UPDATE Polizas_Tmp SET Revisado=-1 WHERE rowid IN (SELECT value FROM json_each(?))";
 
 /// A voucher header as the comparison needs it; `fila` is its rowid.
 struct Encabezado {
@@ -65,9 +88,10 @@ int NumeroMes(const std::string& mes) {
 
 bool EsMes13(const std::string& mes) { return NumeroMes(mes) == 13; }
 
-
-Encabezado LeeEncabezado(const Sentencia& st) {
-    return {st.columna(0).entero(), st.columna(1), st.columna(2), st.columna(3), st.columna(4), st.columna(5)};
+/// The header in columns `desde` to `desde` + 5 of the current row.
+Encabezado LeeEncabezado(const Sentencia& st, int desde = 0) {
+    return {st.columna(desde).entero(), st.columna(desde + 1), st.columna(desde + 2), st.columna(desde + 3),
+            st.columna(desde + 4), st.columna(desde + 5)};
 }
 
 std::vector<Encabezado> LeeEncabezados(Consulta c) {
@@ -93,24 +117,97 @@ std::string FechaClave(const Valor& fecha) {
     return f ? f->iso() : Fecha(1900, 1, 1).iso();
 }
 
-/// The partner of `de` in the other table: in the normal months the number
-/// goes through QuitaCaracteresEspeciales and the partner is no closing
-/// voucher; in month 13 the number is taken as it is, the partner is a
-/// closing voucher, and the date is free to move within December.
-std::optional<Encabezado> BuscaPorClave(BaseDatos& db, bool enTmp, bool mes13, const Encabezado& de) {
-    const char* sql = enTmp ? (mes13 ? kBuscaTmpMes13 : kBuscaTmpPorFecha)
-                            : (mes13 ? kBuscaEmpresaMes13 : kBuscaEmpresaPorFecha);
-    Sentencia& st = db.preparada(sql);
-    std::string tipo = SiNuloTexto(de.Tipo);
-    if (mes13)
-        st.con(SiNuloTexto(de.Poliza), tipo);
-    else
-        st.con(QuitaCaracteresEspeciales(SiNuloTexto(de.Poliza)), tipo, FechaClave(de.Fecha));
-    std::optional<Encabezado> r;
-    if (st.paso()) r = LeeEncabezado(st);
-    st.reinicia();
-    return r;
+// ------------------------------------------------- Key functions of the engine
+
+/// A value of the engine as the program reads a column.
+Valor ValorDe(sqlite3_value* v) {
+    switch (sqlite3_value_type(v)) {
+        case SQLITE_INTEGER:
+            return Valor(static_cast<long long>(sqlite3_value_int64(v)));
+        case SQLITE_FLOAT:
+            return Valor(sqlite3_value_double(v));
+        case SQLITE_TEXT:
+        case SQLITE_BLOB: {
+            auto p = reinterpret_cast<const char*>(sqlite3_value_text(v));
+            return Valor(std::string(p ? p : "", static_cast<size_t>(sqlite3_value_bytes(v))));
+        }
+        default:
+            return Valor();
+    }
 }
+
+template <std::string (*Clave)(const Valor&)>
+void FuncionClave(sqlite3_context* c, int, sqlite3_value** argumentos) {
+    try {
+        const std::string t = Clave(ValorDe(argumentos[0]));
+        sqlite3_result_text(c, t.data(), static_cast<int>(t.size()), SQLITE_TRANSIENT);
+    } catch (...) {
+        sqlite3_result_error_nomem(c);
+    }
+}
+
+std::string ClaveTexto(const Valor& v) { return SiNuloTexto(v); }
+std::string ClaveNumero(const Valor& v) { return QuitaCaracteresEspeciales(SiNuloTexto(v)); }
+
+/// Registers the key functions on the connection, once: registering again
+/// would expire every statement the connection keeps prepared.
+void AseguraFuncionesClave(BaseDatos& db) {
+    if (!db.escalar("SELECT 1 FROM pragma_function_list WHERE name = ? COLLATE NOCASE", kFuncionFecha).esNulo())
+        return;
+    auto registra = [&](const char* nombre, void (*f)(sqlite3_context*, int, sqlite3_value**)) {
+        int rc = sqlite3_create_function(db.nativo(), nombre, 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, f,
+                                         nullptr, nullptr);
+        if (rc != SQLITE_OK)
+            throw std::runtime_error(std::string("No se pudo registrar la función ") + nombre + ": " +
+                                     sqlite3_errmsg(db.nativo()));
+    };
+    registra(kFuncionTexto, FuncionClave<ClaveTexto>);
+    registra(kFuncionNumero, FuncionClave<ClaveNumero>);
+    registra(kFuncionFecha, FuncionClave<FechaClave>);
+}
+
+/// A JSON array of rowids, for json_each.
+std::string ListaJson(const std::vector<std::int64_t>& filas) {
+    std::string r = "[";
+    for (size_t i = 0; i < filas.size(); ++i) {
+        if (i) r += ',';
+        r += std::to_string(filas[i]);
+    }
+    return r + "]";
+}
+
+/// The lines of kLineasEmpresaDe / kLineasTmpDe, read voucher by voucher in
+/// the order of the array: de(k) gives those of its k-th voucher.
+class LineasEnOrden {
+public:
+    LineasEnOrden(BaseDatos& db, const char* sql, const std::string& lista) : st_(db.preparada(sql)) {
+        st_.con(lista);
+        avanza();
+    }
+    ~LineasEnOrden() { st_.reinicia(); }
+    LineasEnOrden(const LineasEnOrden&) = delete;
+    LineasEnOrden& operator=(const LineasEnOrden&) = delete;
+
+    const std::vector<Linea>& de(std::int64_t k) {
+        lineas_.clear();
+        while (hay_ && clave_ < k) avanza();
+        while (hay_ && clave_ == k) {
+            lineas_.push_back({st_.columna(1), st_.columna(2), st_.columna(3), st_.columna(4), st_.columna(5)});
+            avanza();
+        }
+        return lineas_;
+    }
+
+private:
+    Sentencia& st_;
+    bool hay_ = false;
+    std::int64_t clave_ = 0;
+    std::vector<Linea> lineas_;
+    void avanza() {
+        hay_ = st_.paso();
+        if (hay_) clave_ = st_.columna(0).entero();
+    }
+};
 
 // ------------------------------------------------------------------ Texts
 
@@ -162,8 +259,13 @@ private:
 
 // -------------------------------------------------------------- Progress
 
+/// The bar of a step: the label names the voucher reached, shown for the
+/// first voucher and then every kCada vouchers (a label per voucher costs
+/// more than comparing it); the interface is yielded to at the same points.
 class Avance {
 public:
+    static constexpr size_t kCada = 256;
+
     Avance(Sesion& s, size_t total, const std::string& mes)
         : p_(s.progreso), nombreMes_(NombreMesDosDigitos(mes)) {
         if (p_) {
@@ -172,7 +274,7 @@ public:
         }
     }
     void poliza(size_t i, const Encabezado& e) {
-        if (!p_) return;
+        if (!p_ || i % kCada != 0) return;
         p_->etiqueta("Comparando Pol. " + SiNuloTexto(e.Poliza) + ", " + SiNuloTexto(e.Tipo) + ", " + nombreMes_);
         p_->valor(static_cast<long>(i + 1));
         p_->cede();
@@ -213,8 +315,37 @@ void RegistraBajaDeLinea(Sesion& s, const Encabezado& anterior, const Linea& vie
              "C", anterior, SiNuloTexto(vieja.Cuenta));
 }
 
+/// The text of a value as SiNuloTexto gives it, without a copy when it is
+/// stored as text; `copia` holds it otherwise.
+std::string_view Vista(const Valor& v, std::string& copia) {
+    if (auto p = std::get_if<std::string>(&v.variante())) return *p;
+    copia = SiNuloTexto(v);
+    return copia;
+}
+
+/// True when none of the four fields ComparaCampos looks at differs: the
+/// common case, told without building any text.
+bool CamposIguales(const Linea& vieja, const Linea& nueva) {
+    std::string a, b;
+    if (Vista(vieja.Cuenta, a) != Vista(nueva.Cuenta, b)) return false;
+    if (Vista(vieja.TipoMov, a) != Vista(nueva.TipoMov, b)) return false;
+    if (vieja.Importe.moneda() != nueva.Importe.moneda()) return false;
+    std::string_view referencia = Vista(nueva.Referencia, b);
+    if (referencia.find_first_of("'|~") != std::string_view::npos) {
+        b = QuitaBlancos(QuitaCaracteresEspeciales(std::string(referencia)));
+        referencia = b;
+    } else {
+        const size_t desde = referencia.find_first_not_of(' ');
+        referencia = desde == std::string_view::npos
+                         ? std::string_view()
+                         : referencia.substr(desde, referencia.find_last_not_of(' ') - desde + 1);
+    }
+    return Vista(vieja.Referencia, a) == referencia;
+}
+
 /// The four fields of a line found by position, in their order.
 void ComparaCampos(Sesion& s, const Encabezado& anterior, Cabecera& cabecera, const Linea& vieja, const Linea& nueva) {
+    if (CamposIguales(vieja, nueva)) return;
     const std::string partida = "Partida: " + SiNuloTexto(vieja.Partida);
     const std::string cuenta = SiNuloTexto(vieja.Cuenta);
     auto registra = [&](const std::string& texto, const std::string& cuentaCabecera) {
@@ -240,11 +371,8 @@ void ComparaCampos(Sesion& s, const Encabezado& anterior, Cabecera& cabecera, co
 }
 
 /// Old lines against new ones: by `Partida` first, by content second.
-void ComparaLineas(Sesion& s, BaseDatos& db, const Encabezado& anterior, const Encabezado& nueva,
-                   Cabecera& cabecera) {
-    std::vector<Linea> viejas = LeeLineas(db, kLineasEmpresa, anterior.IdPoliza);
-    if (viejas.empty()) return;
-    std::vector<Linea> nuevas = LeeLineas(db, kLineasTmp, nueva.IdPoliza);
+void ComparaLineas(Sesion& s, const Encabezado& anterior, const std::vector<Linea>& viejas,
+                   const std::vector<Linea>& nuevas, Cabecera& cabecera) {
     for (auto& vieja : viejas) {
         if (const Linea* porPosicion = BuscaPorPosicion(nuevas, vieja.Partida))
             ComparaCampos(s, anterior, cabecera, vieja, *porPosicion);
@@ -324,32 +452,98 @@ std::vector<Encabezado> EncabezadosDelMes(BaseDatos& db, const std::string& tabl
                                       delMes.valores));
 }
 
+namespace {
+
+/// The vouchers of a turn of the walk: in "13" the closing vouchers, in 1 to
+/// 12 the month's others. `tabla` is a name of this program's own.
+FiltroMes CondicionDelMes(BaseDatos& db, const std::string& tabla, bool mes13, int mes) {
+    if (mes13) return {"IFNULL(Poliza_Mes13,0)<>0", {}};
+    FiltroMes f = tabla == "Polizas" ? FiltroDeMes(db, tabla, mes) : FiltroDeMesTmp(db, tabla, mes);
+    f.condicion += " AND NOT IFNULL(Poliza_Mes13,0)";
+    return f;
+}
+
+Sentencia& PreparaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
+    Sentencia& st = db.preparada(sql);
+    st.reinicia();
+    for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
+    return st;
+}
+
+bool HayPolizas(BaseDatos& db, const std::string& tabla, const FiltroMes& cuales) {
+    Sentencia& st = PreparaCon(db, "SELECT 1 FROM " + tabla + " WHERE " + cuales.condicion + " LIMIT 1", cuales.valores);
+    const bool hay = st.paso();
+    st.reinicia();
+    return hay;
+}
+
+/// A voucher of the walk and its partner in the other table, if it has one.
+struct Par {
+    Encabezado propia;
+    std::optional<Encabezado> pareja;
+};
+
+/// The vouchers of `tabla` that `cuales` picks, in the walk's order (IdPoliza,
+/// then table order), each with its partner by key in `otra`.
+std::vector<Par> ParesDelMes(BaseDatos& db, const std::string& tabla, const std::string& otra, bool mes13,
+                             const FiltroMes& cuales) {
+    AseguraFuncionesClave(db);
+    Sentencia& st = PreparaCon(
+        db,
+        "SELECT o.fila, o.IdPoliza, o.Poliza, o.Tipo, o.Fecha, o.Concepto, "
+        "p.rowid, p.IdPoliza, p.Poliza, p.Tipo, p.Fecha, p.Concepto "
+        "FROM (SELECT rowid AS fila, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM " + tabla + " WHERE " +
+            cuales.condicion + ") o LEFT JOIN " + otra + " p ON p.rowid = " + SubconsultaPareja(otra, mes13) +
+            " ORDER BY o.IdPoliza ASC, o.fila",
+        cuales.valores);
+    std::vector<Par> r;
+    while (st.paso()) {
+        r.push_back({LeeEncabezado(st), std::nullopt});
+        if (!st.columna(6).esNulo()) r.back().pareja = LeeEncabezado(st, 6);
+    }
+    st.reinicia();
+    return r;
+}
+
+}  // namespace
+
 // ------------------------------------------------------------------ Steps
 
 void ComparaPolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = EmpresaAbierta(s);
     const bool mes13 = EsMes13(mes);
-    std::vector<Encabezado> viejas =
-        mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-                                           "WHERE IFNULL(Poliza_Mes13,0)<>0 ORDER BY IdPoliza ASC, rowid"))
-              : EncabezadosDelMes(db, "Polizas", NumeroMes(mes), "");
-    if (viejas.empty()) return;
+    const FiltroMes delMes = CondicionDelMes(db, "Polizas", mes13, NumeroMes(mes));
+    if (!HayPolizas(db, "Polizas", delMes)) return;
     AseguraIndiceIdentidadTmp(db);
-    Avance avance(s, viejas.size(), mes);
-    Transaccion t(db);
-    for (size_t i = 0; i < viejas.size(); ++i) {
-        const Encabezado& anterior = viejas[i];
-        avance.poliza(i, anterior);
-        Cabecera cabecera(s, anterior);
-        std::optional<Encabezado> nueva = BuscaPorClave(db, true, mes13, anterior);
-        if (!nueva) {
-            Registra(s, "La Póliza se dio de baja.", "B", anterior, "");
-            continue;
+    const std::vector<Par> pares = ParesDelMes(db, "Polizas", "Polizas_Tmp", mes13, delMes);
+    // The paired vouchers, in the order of the walk, for the lines and marks.
+    std::vector<std::int64_t> viejasConPareja, parejas;
+    for (auto& par : pares)
+        if (par.pareja) {
+            viejasConPareja.push_back(par.propia.fila);
+            parejas.push_back(par.pareja->fila);
         }
-        ComparaEncabezado(s, anterior, *nueva, cabecera);
-        db.preparada(kMarcaRevisado).con(nueva->fila).ejecuta();
-        ComparaLineas(s, db, anterior, *nueva, cabecera);
+    Avance avance(s, pares.size(), mes);
+    Transaccion t(db);
+    {
+        LineasEnOrden lineasViejas(db, kLineasEmpresaDe, ListaJson(viejasConPareja));
+        LineasEnOrden lineasNuevas(db, kLineasTmpDe, ListaJson(parejas));
+        std::int64_t k = 0;  // index of the paired voucher among viejasConPareja
+        for (size_t i = 0; i < pares.size(); ++i) {
+            const Encabezado& anterior = pares[i].propia;
+            avance.poliza(i, anterior);
+            Cabecera cabecera(s, anterior);
+            if (!pares[i].pareja) {
+                Registra(s, "La Póliza se dio de baja.", "B", anterior, "");
+                continue;
+            }
+            ComparaEncabezado(s, anterior, *pares[i].pareja, cabecera);
+            const std::vector<Linea>& viejas = lineasViejas.de(k);
+            if (!viejas.empty()) ComparaLineas(s, anterior, viejas, lineasNuevas.de(k), cabecera);
+            ++k;
+        }
     }
+    db.preparada(kMarcaRevisadas).con(ListaJson(parejas)).ejecuta();
     t.confirma();
 }
 
@@ -384,33 +578,49 @@ void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
 
 void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
     BaseDatos& db = EmpresaAbierta(s);
+    // With no voucher in the company no new one has a partner.
+    if (db.escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo()) return;
     const bool mes13 = EsMes13(mes);
-    std::vector<Encabezado> nuevas =
-        mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-                                           "WHERE IFNULL(Poliza_Mes13,0)<>0 ORDER BY IdPoliza ASC, rowid"))
-              : EncabezadosDelMes(db, "Polizas_Tmp", NumeroMes(mes), "");
-    if (nuevas.empty()) return;
-    Avance avance(s, nuevas.size(), mes);
+    const FiltroMes delMes = CondicionDelMes(db, "Polizas_Tmp", mes13, NumeroMes(mes));
+    AseguraFuncionesClave(db);
+    // Each new voucher of the month with its old partner and both line
+    // counts: only the lines past the old count are looked at (the first n
+    // are taken to be the old ones), so a voucher whose count did not grow
+    // is done with here.
+    Sentencia& st = PreparaCon(
+        db,
+        "SELECT o.fila, o.IdPoliza, o.Poliza, o.Tipo, o.Fecha, o.Concepto, "
+        "p.rowid, p.IdPoliza, p.Poliza, p.Tipo, p.Fecha, p.Concepto, "
+        "(SELECT COUNT(*) FROM Polizas_Detalle_Tmp d WHERE d.IdPoliza = o.IdPoliza), "
+        "(SELECT COUNT(*) FROM Polizas_Detalle d WHERE d.IdPoliza = p.IdPoliza) "
+        "FROM (SELECT rowid AS fila, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp WHERE " +
+        delMes.condicion + ") o JOIN Polizas p ON p.rowid = " + SubconsultaPareja("Polizas", mes13) +
+        " ORDER BY o.IdPoliza ASC, o.fila",
+        delMes.valores);
+    // The vouchers whose line count grew, with their old partners.
+    std::vector<Encabezado> crecieron, anteriores;
+    while (st.paso())
+        if (st.columna(12).entero() > st.columna(13).entero()) {
+            crecieron.push_back(LeeEncabezado(st));
+            anteriores.push_back(LeeEncabezado(st, 6));
+        }
+    st.reinicia();
+    if (crecieron.empty()) return;
+    Avance avance(s, crecieron.size(), mes);
     Transaccion t(db);
-    for (size_t i = 0; i < nuevas.size(); ++i) {
-        const Encabezado& nueva = nuevas[i];
-        avance.poliza(i, nueva);
-        std::optional<Encabezado> anterior = BuscaPorClave(db, false, mes13, nueva);
-        if (!anterior) continue;
-        // Only the lines past the old count are looked at: the first n are
-        // taken to be the old ones.
-        const size_t n = static_cast<size_t>(db.escalar(kCuentaLineasEmpresa, anterior->IdPoliza).entero());
-        std::vector<Linea> lineasNuevas = LeeLineas(db, kLineasTmp, nueva.IdPoliza);
-        if (lineasNuevas.size() <= n) continue;
-        std::vector<Linea> lineasViejas = LeeLineas(db, kLineasEmpresa, anterior->IdPoliza);
-        Cabecera cabecera(s, *anterior);
-        for (size_t k = n; k < lineasNuevas.size(); ++k) {
+    for (size_t i = 0; i < crecieron.size(); ++i) {
+        const Encabezado& anterior = anteriores[i];
+        avance.poliza(i, crecieron[i]);
+        const std::vector<Linea> lineasNuevas = LeeLineas(db, kLineasTmp, crecieron[i].IdPoliza);
+        const std::vector<Linea> lineasViejas = LeeLineas(db, kLineasEmpresa, anterior.IdPoliza);
+        Cabecera cabecera(s, anterior);
+        for (size_t k = lineasViejas.size(); k < lineasNuevas.size(); ++k) {
             const std::string cuenta = SiNuloTexto(lineasNuevas[k].Cuenta);
             bool yaLaTenia = false;
             for (auto& vieja : lineasViejas) yaLaTenia = yaLaTenia || CoincideTexto(vieja.Cuenta, cuenta);
             if (yaLaTenia) continue;
             cabecera.asegura();
-            Registra(s, "Se incluyó una nueva partida.", "C", *anterior, cuenta);
+            Registra(s, "Se incluyó una nueva partida.", "C", anterior, cuenta);
         }
     }
     t.confirma();

@@ -363,19 +363,27 @@ TEST(Comparacion, UnConceptoLargoMuestraAnteriorYNuevoDentroDelCampo) {
     EXPECT_EQ(LongitudCaracteres(filas[1].referencia), 150u);
 }
 
-TEST(Comparacion, LaEtiquetaNombraCadaPolizaYCede) {
+TEST(Comparacion, LaEtiquetaNombraLaPolizaAlcanzadaCadaTantasPolizas) {
     struct Grabado : ProgresoMudo {
         std::vector<std::string> etiquetas;
         int cesiones = 0;
+        long ultimo = 0;
         void etiqueta(const std::string& t) override { etiquetas.push_back(t); }
+        void valor(long n) override { ultimo = n; }
         void cede() override { ++cesiones; }
     } progreso;
     Empresa e;
     e.sesion().progreso = &progreso;
-    e.guarda({kP1, kP2}, false);
+    // 300 vouchers: the label shows the first and the 257th.
+    std::vector<std::string> numeros;
+    for (int i = 1; i <= 300; ++i) numeros.push_back(std::to_string(i));
+    std::vector<P> polizas;
+    for (auto& n : numeros) polizas.push_back(Con(kP1, [&](P& p) { p.poliza = n.c_str(); }));
+    e.guarda(polizas, false);
     e.guarda({kP1}, true);
     ComparaPolizas(e.sesion(), "01");
     EXPECT_EQ(progreso.etiquetas,
-              (std::vector<std::string>{"Comparando Pol. 1, Dr, Enero", "Comparando Pol. 2, Ig, Enero"}));
+              (std::vector<std::string>{"Comparando Pol. 1, Dr, Enero", "Comparando Pol. 257, Dr, Enero"}));
     EXPECT_EQ(progreso.cesiones, 2);
+    EXPECT_EQ(progreso.ultimo, 257);
 }
