@@ -4,9 +4,14 @@
 
 #include <cctype>
 #include <cstdint>
+#include <algorithm>
+#include <cstdio>
+#include <deque>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "accounts/CodigosCuenta.h"
@@ -176,36 +181,79 @@ std::string ListaJson(const std::vector<std::int64_t>& filas) {
     return r + "]";
 }
 
-/// The lines of kLineasEmpresaDe / kLineasTmpDe, read voucher by voucher in
-/// the order of the array: de(k) gives those of its k-th voucher.
-class LineasEnOrden {
+/// The lines of the paired vouchers of one side, asked for in the walk's
+/// order: de(k) gives those of the k-th, each voucher's ordered by Partida
+/// and rowid. When their IdPoliza are integers that never go down along the
+/// walk (the usual case: both tables keep the source's order) the lines come
+/// from one walk of the IdPoliza index over their range, merged with the
+/// walk; otherwise from the rowids, through kLineasEmpresaDe / kLineasTmpDe.
+class LineasDePares {
 public:
-    LineasEnOrden(BaseDatos& db, const char* sql, const std::string& lista) : st_(db.preparada(sql)) {
-        st_.con(lista);
+    LineasDePares(BaseDatos& db, bool tmp, const std::vector<std::int64_t>& filas, const std::vector<Valor>& ids)
+        : db_(db), tmp_(tmp), ids_(ids) {
+        porRango_ = !ids.empty();
+        for (size_t i = 0; i < ids.size() && porRango_; ++i)
+            porRango_ = ids[i].esEntero() && (i == 0 || ids[i - 1].entero() <= ids[i].entero());
+        if (porRango_) {
+            st_ = &db.preparada(std::string("SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM ") +
+                                (tmp ? "Polizas_Detalle_Tmp" : "Polizas_Detalle") +
+                                " WHERE IdPoliza BETWEEN ? AND ? AND typeof(IdPoliza)='integer' "
+                                "ORDER BY IdPoliza, rowid");
+            st_->con(ids.front().entero(), ids.back().entero());
+        } else {
+            st_ = &db.preparada(tmp ? kLineasTmpDe : kLineasEmpresaDe);
+            st_->con(ListaJson(filas));
+        }
         avanza();
     }
-    ~LineasEnOrden() { st_.reinicia(); }
-    LineasEnOrden(const LineasEnOrden&) = delete;
-    LineasEnOrden& operator=(const LineasEnOrden&) = delete;
+    ~LineasDePares() { st_->reinicia(); }
+    LineasDePares(const LineasDePares&) = delete;
+    LineasDePares& operator=(const LineasDePares&) = delete;
 
-    const std::vector<Linea>& de(std::int64_t k) {
+    const std::vector<Linea>& de(size_t k) {
+        const std::int64_t buscada = porRango_ ? ids_[k].entero() : static_cast<std::int64_t>(k);
+        // Two vouchers of the walk may share an IdPoliza: both get its lines.
+        if (leida_ && buscada == ultima_) return lineas_;
+        leida_ = true;
+        ultima_ = buscada;
         lineas_.clear();
-        while (hay_ && clave_ < k) avanza();
-        while (hay_ && clave_ == k) {
-            lineas_.push_back({st_.columna(1), st_.columna(2), st_.columna(3), st_.columna(4), st_.columna(5)});
+        while (hay_ && clave_ < buscada) avanza();
+        while (hay_ && clave_ == buscada) {
+            lineas_.push_back({st_->columna(1), st_->columna(2), st_->columna(3), st_->columna(4), st_->columna(5)});
             avanza();
         }
+        if (porRango_) OrdenaPorPartida(buscada);
         return lineas_;
     }
 
 private:
-    Sentencia& st_;
-    bool hay_ = false;
-    std::int64_t clave_ = 0;
+    BaseDatos& db_;
+    const bool tmp_;
+    const std::vector<Valor>& ids_;
+    Sentencia* st_ = nullptr;
+    bool porRango_ = false, hay_ = false, leida_ = false;
+    std::int64_t clave_ = 0, ultima_ = 0;
     std::vector<Linea> lineas_;
     void avanza() {
-        hay_ = st_.paso();
-        if (hay_) clave_ = st_.columna(0).entero();
+        hay_ = st_->paso();
+        if (hay_) clave_ = st_->columna(0).entero();
+    }
+    /// The range comes in table order; the lines are wanted ordered by
+    /// Partida and then table order. Null and whole numbers are ordered here
+    /// as the engine orders them (Null first); a voucher with any other
+    /// Partida is read again by a query of its own.
+    void OrdenaPorPartida(std::int64_t idPoliza) {
+        auto antes = [](const Linea& a, const Linea& b) {
+            if (a.Partida.esNulo() || b.Partida.esNulo()) return a.Partida.esNulo() && !b.Partida.esNulo();
+            return a.Partida.entero() < b.Partida.entero();
+        };
+        for (auto& l : lineas_)
+            if (!l.Partida.esNulo() && !l.Partida.esEntero()) {
+                lineas_ = LeeLineas(db_, tmp_ ? kLineasTmp : kLineasEmpresa, Valor(static_cast<long long>(idPoliza)));
+                return;
+            }
+        if (!std::is_sorted(lineas_.begin(), lineas_.end(), antes))
+            std::stable_sort(lineas_.begin(), lineas_.end(), antes);
     }
 };
 
@@ -480,13 +528,20 @@ bool HayPolizas(BaseDatos& db, const std::string& tabla, const FiltroMes& cuales
 /// A voucher of the walk and its partner in the other table, if it has one.
 struct Par {
     Encabezado propia;
-    std::optional<Encabezado> pareja;
+    const Encabezado* pareja = nullptr;  // within Emparejadas::parejas
+};
+
+/// The walk of a month with the partners found.
+struct Emparejadas {
+    std::vector<Par> pares;
+    std::deque<Encabezado> parejas;
 };
 
 /// The vouchers of `tabla` that `cuales` picks, in the walk's order (IdPoliza,
-/// then table order), each with its partner by key in `otra`.
-std::vector<Par> ParesDelMes(BaseDatos& db, const std::string& tabla, const std::string& otra, bool mes13,
-                             const FiltroMes& cuales) {
+/// then table order), each with its partner by key in `otra`, searched by the
+/// engine voucher by voucher. `otra` needs its identity index.
+Emparejadas ParesPorBusqueda(BaseDatos& db, const std::string& tabla, const std::string& otra, bool mes13,
+                                  const FiltroMes& cuales) {
     AseguraFuncionesClave(db);
     Sentencia& st = PreparaCon(
         db,
@@ -496,14 +551,210 @@ std::vector<Par> ParesDelMes(BaseDatos& db, const std::string& tabla, const std:
             cuales.condicion + ") o LEFT JOIN " + otra + " p ON p.rowid = " + SubconsultaPareja(otra, mes13) +
             " ORDER BY o.IdPoliza ASC, o.fila",
         cuales.valores);
-    std::vector<Par> r;
+    Emparejadas r;
     while (st.paso()) {
-        r.push_back({LeeEncabezado(st), std::nullopt});
-        if (!st.columna(6).esNulo()) r.back().pareja = LeeEncabezado(st, 6);
+        r.pares.push_back({LeeEncabezado(st), nullptr});
+        if (!st.columna(6).esNulo()) r.pares.back().pareja = &r.parejas.emplace_back(LeeEncabezado(st, 6));
     }
     st.reinicia();
     return r;
 }
+
+// ------------------------------------------------------- Pairing in memory
+//
+// In months 1 to 12 a partner has the very date of the key, so the candidates
+// are the other table's vouchers on the dates the walk's keys name, read in
+// one query; a hash of their keys then pairs the walk. The key compares as
+// the engine would compare it in that table: number and type as text without
+// case (NOCASE: ASCII letters only, the text up to a NUL byte, and the
+// length), the date as it is. That holds while number and type are text
+// columns compared NOCASE and the date is compared BINARY or NOCASE (a key
+// date has no letters): ClaveEnMemoria checks it, else the engine searches.
+
+bool Contiene(const std::string& t, const char* parte) { return t.find(parte) != std::string::npos; }
+
+/// True when the columns of `otra` compare as the hash below assumes.
+bool ClaveEnMemoria(BaseDatos& db, const std::string& otra) {
+    auto describe = [&](const char* columna, std::string& tipo, std::string& colacion) {
+        const char *t = nullptr, *c = nullptr;
+        int noNulo = 0, primaria = 0, auto_ = 0;
+        if (sqlite3_table_column_metadata(db.nativo(), nullptr, otra.c_str(), columna, &t, &c, &noNulo, &primaria,
+                                          &auto_) != SQLITE_OK)
+            return false;
+        tipo = t ? t : "";
+        colacion = c ? c : "";
+        for (auto* x : {&tipo, &colacion})
+            for (char& ch : *x) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+        return true;
+    };
+    // Text affinity: the declared type names no INT and names CHAR, CLOB or TEXT.
+    auto deTexto = [](const std::string& tipo) {
+        return !Contiene(tipo, "INT") && (Contiene(tipo, "CHAR") || Contiene(tipo, "CLOB") || Contiene(tipo, "TEXT"));
+    };
+    std::string tipo, colacion;
+    for (const char* columna : {"Poliza", "Tipo"})
+        if (!describe(columna, tipo, colacion) || !deTexto(tipo) || colacion != "NOCASE") return false;
+    return describe("Fecha", tipo, colacion) && (colacion == "BINARY" || colacion == "NOCASE");
+}
+
+/// Appends the class of `t` under NOCASE: its length, and its lowered text
+/// up to the first NUL byte (the engine compares no further), with that
+/// part's length so that the whole stays unambiguous.
+void AgregaSinMayusculas(std::string& clave, std::string_view t) {
+    const std::string_view parte = t.substr(0, t.find('\0'));
+    clave += std::to_string(t.size());
+    clave += ':';
+    clave += std::to_string(parte.size());
+    clave += ':';
+    for (char c : parte) clave += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::string ClaveHash(std::string_view poliza, std::string_view tipo, std::string_view fecha) {
+    std::string clave;
+    clave.reserve(poliza.size() + tipo.size() + fecha.size() + 12);
+    AgregaSinMayusculas(clave, poliza);
+    AgregaSinMayusculas(clave, tipo);
+    clave += fecha;
+    return clave;
+}
+
+/// A JSON array of texts, for json_each.
+std::string ListaJsonTextos(const std::set<std::string>& textos) {
+    std::string r = "[";
+    for (auto& t : textos) {
+        if (r.size() > 1) r += ',';
+        r += '"';
+        for (unsigned char c : t) {
+            if (c == '"' || c == '\\') {
+                r += '\\';
+                r += static_cast<char>(c);
+            } else if (c < 0x20) {
+                char u[8];
+                std::snprintf(u, sizeof u, "\\u%04x", c);
+                r += u;
+            } else {
+                r += static_cast<char>(c);
+            }
+        }
+        r += '"';
+    }
+    return r + "]";
+}
+
+/// The same pairs as ParesPorBusqueda for months 1 to 12, through the hash.
+Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::string& otra,
+                           const FiltroMes& cuales, bool conConcepto) {
+    const std::string concepto = conConcepto ? "Concepto" : "NULL";
+    Emparejadas r;
+    Sentencia& recorrido = PreparaCon(db,
+                                      "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, " + concepto + " FROM " + tabla +
+                                          " WHERE " + cuales.condicion + " ORDER BY IdPoliza ASC, rowid",
+                                      cuales.valores);
+    r.pares.reserve(1024);
+    while (recorrido.paso()) r.pares.push_back({LeeEncabezado(recorrido), nullptr});
+    recorrido.reinicia();
+    if (r.pares.empty()) return r;
+    // The walk's keys, each once: `casilla[i]` is the slot of the i-th
+    // voucher's key, where the first candidate found for it goes.
+    std::unordered_map<std::string, size_t> casillas;
+    casillas.reserve(r.pares.size());
+    std::vector<size_t> casilla;
+    casilla.reserve(r.pares.size());
+    std::unordered_map<std::string, std::string> fechaClave;  // the date texts repeat
+    std::set<std::string> fechas;
+    for (auto& par : r.pares) {
+        const Valor& f = par.propia.Fecha;
+        std::string fecha;
+        if (auto texto = std::get_if<std::string>(&f.variante())) {
+            auto [it, nueva] = fechaClave.try_emplace(*texto);
+            if (nueva) it->second = FechaClave(f);
+            fecha = it->second;
+        } else {
+            fecha = FechaClave(f);
+        }
+        fechas.insert(fecha);
+        auto [it, nueva] = casillas.try_emplace(
+            ClaveHash(QuitaCaracteresEspeciales(SiNuloTexto(par.propia.Poliza)), SiNuloTexto(par.propia.Tipo), fecha),
+            casillas.size());
+        casilla.push_back(it->second);
+    }
+    // The candidates on those dates; the one of lowest rowid of each key wins.
+    // The run's store is made without an index on the date: FiltroDeMesTmp
+    // adds it.
+    if (otra == "Polizas_Tmp") FiltroDeMesTmp(db, otra, 1);
+    std::vector<std::int64_t> ganadora(casillas.size(), 0);
+    std::vector<bool> hay(casillas.size(), false);
+    std::vector<Encabezado> mejores(casillas.size());
+    Sentencia& st = db.preparada("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, " + concepto + " FROM " + otra +
+                                 " WHERE Fecha IN (SELECT value FROM json_each(?)) AND NOT IFNULL(Poliza_Mes13,0) "
+                                 "AND typeof(Poliza)='text' AND typeof(Tipo)='text' AND typeof(Fecha)='text'");
+    st.con(ListaJsonTextos(fechas));
+    while (st.paso()) {
+        const Valor poliza = st.columna(2), tipo = st.columna(3), fecha = st.columna(4);
+        auto texto = [](const Valor& v) -> std::string_view { return std::get<std::string>(v.variante()); };
+        auto it = casillas.find(ClaveHash(texto(poliza), texto(tipo), texto(fecha)));
+        if (it == casillas.end()) continue;
+        const std::int64_t fila = st.columna(0).entero();
+        if (hay[it->second] && ganadora[it->second] <= fila) continue;
+        hay[it->second] = true;
+        ganadora[it->second] = fila;
+        mejores[it->second] = {fila, st.columna(1), poliza, tipo, fecha, st.columna(5)};
+    }
+    st.reinicia();
+    std::vector<const Encabezado*> pareja(casillas.size(), nullptr);
+    for (size_t c = 0; c < casillas.size(); ++c)
+        if (hay[c]) pareja[c] = &r.parejas.emplace_back(std::move(mejores[c]));
+    for (size_t i = 0; i < r.pares.size(); ++i) r.pares[i].pareja = pareja[casilla[i]];
+    return r;
+}
+
+/// The vouchers of `tabla` that `cuales` picks, in the walk's order (IdPoliza,
+/// then table order), each with its partner by key in `otra`. Without
+/// `conConcepto` the concepts may be left Null.
+Emparejadas ParesDelMes(BaseDatos& db, const std::string& tabla, const std::string& otra, bool mes13,
+                        const FiltroMes& cuales, bool conConcepto) {
+    if (!mes13 && ClaveEnMemoria(db, otra)) return ParesEnMemoria(db, tabla, otra, cuales, conConcepto);
+    if (otra == "Polizas_Tmp") AseguraIndiceIdentidadTmp(db);
+    return ParesPorBusqueda(db, tabla, otra, mes13, cuales);
+}
+
+/// The number of lines of each of some vouchers ("WHERE IdPoliza=?"), in one
+/// walk of the table's IdPoliza index over the range of the integer ones;
+/// any other is counted by a query of its own.
+class CuentaLineas {
+public:
+    CuentaLineas(BaseDatos& db, const std::string& tabla, const std::vector<Valor>& ids) : db_(db), tabla_(tabla) {
+        std::optional<std::int64_t> menor, mayor;
+        for (auto& id : ids)
+            if (id.esEntero()) {
+                menor = std::min(menor.value_or(id.entero()), id.entero());
+                mayor = std::max(mayor.value_or(id.entero()), id.entero());
+            }
+        if (!menor) return;
+        Sentencia& st = db.preparada("SELECT IdPoliza, COUNT(*) FROM " + tabla +
+                                     " WHERE IdPoliza BETWEEN ? AND ? GROUP BY IdPoliza");
+        st.con(*menor, *mayor);
+        while (st.paso()) {
+            const Valor id = st.columna(0);
+            if (id.esEntero()) cuentas_[id.entero()] += st.columna(1).entero();
+        }
+        st.reinicia();
+    }
+
+    std::int64_t de(const Valor& id) const {
+        if (id.esNulo()) return 0;
+        if (id.esEntero()) {
+            auto it = cuentas_.find(id.entero());
+            return it == cuentas_.end() ? 0 : it->second;
+        }
+        return db_.escalar("SELECT COUNT(*) FROM " + tabla_ + " WHERE IdPoliza=?", id).entero();
+    }
+
+private:
+    BaseDatos& db_;
+    std::string tabla_;
+    std::unordered_map<std::int64_t, std::int64_t> cuentas_;
+};
 
 }  // namespace
 
@@ -514,21 +765,24 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
     const bool mes13 = EsMes13(mes);
     const FiltroMes delMes = CondicionDelMes(db, "Polizas", mes13, NumeroMes(mes));
     if (!HayPolizas(db, "Polizas", delMes)) return;
-    AseguraIndiceIdentidadTmp(db);
-    const std::vector<Par> pares = ParesDelMes(db, "Polizas", "Polizas_Tmp", mes13, delMes);
+    const Emparejadas emparejadas = ParesDelMes(db, "Polizas", "Polizas_Tmp", mes13, delMes, true);
+    const std::vector<Par>& pares = emparejadas.pares;
     // The paired vouchers, in the order of the walk, for the lines and marks.
     std::vector<std::int64_t> viejasConPareja, parejas;
+    std::vector<Valor> idsViejas, idsParejas;
     for (auto& par : pares)
         if (par.pareja) {
             viejasConPareja.push_back(par.propia.fila);
+            idsViejas.push_back(par.propia.IdPoliza);
             parejas.push_back(par.pareja->fila);
+            idsParejas.push_back(par.pareja->IdPoliza);
         }
     Avance avance(s, pares.size(), mes);
     Transaccion t(db);
     {
-        LineasEnOrden lineasViejas(db, kLineasEmpresaDe, ListaJson(viejasConPareja));
-        LineasEnOrden lineasNuevas(db, kLineasTmpDe, ListaJson(parejas));
-        std::int64_t k = 0;  // index of the paired voucher among viejasConPareja
+        LineasDePares lineasViejas(db, false, viejasConPareja, idsViejas);
+        LineasDePares lineasNuevas(db, true, parejas, idsParejas);
+        size_t k = 0;  // index of the paired voucher among viejasConPareja
         for (size_t i = 0; i < pares.size(); ++i) {
             const Encabezado& anterior = pares[i].propia;
             avance.poliza(i, anterior);
@@ -582,40 +836,32 @@ void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
     if (db.escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo()) return;
     const bool mes13 = EsMes13(mes);
     const FiltroMes delMes = CondicionDelMes(db, "Polizas_Tmp", mes13, NumeroMes(mes));
-    AseguraFuncionesClave(db);
-    // Each new voucher of the month with its old partner and both line
-    // counts: only the lines past the old count are looked at (the first n
-    // are taken to be the old ones), so a voucher whose count did not grow
-    // is done with here.
-    Sentencia& st = PreparaCon(
-        db,
-        "SELECT o.fila, o.IdPoliza, o.Poliza, o.Tipo, o.Fecha, o.Concepto, "
-        "p.rowid, p.IdPoliza, p.Poliza, p.Tipo, p.Fecha, p.Concepto, "
-        "(SELECT COUNT(*) FROM Polizas_Detalle_Tmp d WHERE d.IdPoliza = o.IdPoliza), "
-        "(SELECT COUNT(*) FROM Polizas_Detalle d WHERE d.IdPoliza = p.IdPoliza) "
-        "FROM (SELECT rowid AS fila, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp WHERE " +
-        delMes.condicion + ") o JOIN Polizas p ON p.rowid = " + SubconsultaPareja("Polizas", mes13) +
-        " ORDER BY o.IdPoliza ASC, o.fila",
-        delMes.valores);
-    // The vouchers whose line count grew, with their old partners.
-    std::vector<Encabezado> crecieron, anteriores;
-    while (st.paso())
-        if (st.columna(12).entero() > st.columna(13).entero()) {
-            crecieron.push_back(LeeEncabezado(st));
-            anteriores.push_back(LeeEncabezado(st, 6));
+    const Emparejadas emparejadas = ParesDelMes(db, "Polizas_Tmp", "Polizas", mes13, delMes, false);
+    const std::vector<Par>& pares = emparejadas.pares;
+    // Only the lines past the old count are looked at (the first n are taken
+    // to be the old ones), so a voucher whose count did not grow is done with
+    // by the counts alone.
+    std::vector<Valor> nuevas, anteriores;
+    for (auto& par : pares)
+        if (par.pareja) {
+            nuevas.push_back(par.propia.IdPoliza);
+            anteriores.push_back(par.pareja->IdPoliza);
         }
-    st.reinicia();
-    if (crecieron.empty()) return;
-    Avance avance(s, crecieron.size(), mes);
+    if (nuevas.empty()) return;
+    const CuentaLineas lineasNuevas(db, "Polizas_Detalle_Tmp", nuevas), lineasAnteriores(db, "Polizas_Detalle", anteriores);
+    Avance avance(s, pares.size(), mes);
     Transaccion t(db);
-    for (size_t i = 0; i < crecieron.size(); ++i) {
-        const Encabezado& anterior = anteriores[i];
-        avance.poliza(i, crecieron[i]);
-        const std::vector<Linea> lineasNuevas = LeeLineas(db, kLineasTmp, crecieron[i].IdPoliza);
+    for (size_t i = 0; i < pares.size(); ++i) {
+        const Encabezado& nueva = pares[i].propia;
+        avance.poliza(i, nueva);
+        if (!pares[i].pareja) continue;
+        const Encabezado& anterior = *pares[i].pareja;
+        if (lineasNuevas.de(nueva.IdPoliza) <= lineasAnteriores.de(anterior.IdPoliza)) continue;
+        const std::vector<Linea> agregadas = LeeLineas(db, kLineasTmp, nueva.IdPoliza);
         const std::vector<Linea> lineasViejas = LeeLineas(db, kLineasEmpresa, anterior.IdPoliza);
         Cabecera cabecera(s, anterior);
-        for (size_t k = lineasViejas.size(); k < lineasNuevas.size(); ++k) {
-            const std::string cuenta = SiNuloTexto(lineasNuevas[k].Cuenta);
+        for (size_t k = lineasViejas.size(); k < agregadas.size(); ++k) {
+            const std::string cuenta = SiNuloTexto(agregadas[k].Cuenta);
             bool yaLaTenia = false;
             for (auto& vieja : lineasViejas) yaLaTenia = yaLaTenia || CoincideTexto(vieja.Cuenta, cuenta);
             if (yaLaTenia) continue;
