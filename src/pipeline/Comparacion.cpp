@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cstdint>
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <deque>
 #include <optional>
@@ -609,14 +610,58 @@ void AgregaSinMayusculas(std::string& clave, std::string_view t) {
     for (char c : parte) clave += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-std::string ClaveHash(std::string_view poliza, std::string_view tipo, std::string_view fecha) {
-    std::string clave;
-    clave.reserve(poliza.size() + tipo.size() + fecha.size() + 12);
+/// The key of a voucher, written into `clave`.
+void ClaveHash(std::string& clave, std::string_view poliza, std::string_view tipo, std::string_view fecha) {
+    clave.clear();
     AgregaSinMayusculas(clave, poliza);
     AgregaSinMayusculas(clave, tipo);
     clave += fecha;
-    return clave;
 }
+
+/// The walk's keys, each once, numbered in order of arrival: one flat table
+/// of their hashes, open addressed.
+class TablaDeClaves {
+public:
+    explicit TablaDeClaves(size_t n) {
+        size_t celdas = 16;
+        while (celdas < 2 * n) celdas *= 2;
+        celdas_.assign(celdas, kVacia);
+        claves_.reserve(n);
+        hashes_.reserve(n);
+    }
+    size_t size() const { return claves_.size(); }
+
+    /// The number of `clave`, given it if it is new.
+    size_t agrega(const std::string& clave) {
+        const size_t h = std::hash<std::string_view>{}(clave);
+        size_t i = celda(clave, h);
+        if (celdas_[i] == kVacia) {
+            celdas_[i] = static_cast<std::uint32_t>(claves_.size());
+            claves_.push_back(clave);
+            hashes_.push_back(h);
+        }
+        return celdas_[i];
+    }
+    /// The number of `clave`; npos when it is not in the table.
+    size_t busca(std::string_view clave) const {
+        const size_t i = celda(clave, std::hash<std::string_view>{}(clave));
+        return celdas_[i] == kVacia ? std::string::npos : celdas_[i];
+    }
+
+private:
+    static constexpr std::uint32_t kVacia = UINT32_MAX;
+    std::vector<std::uint32_t> celdas_;
+    std::vector<std::string> claves_;
+    std::vector<size_t> hashes_;
+    /// The cell of `clave`, or the empty one where it would go.
+    size_t celda(std::string_view clave, size_t h) const {
+        const size_t mascara = celdas_.size() - 1;
+        for (size_t i = h & mascara;; i = (i + 1) & mascara) {
+            const std::uint32_t n = celdas_[i];
+            if (n == kVacia || (hashes_[n] == h && claves_[n] == clave)) return i;
+        }
+    }
+};
 
 /// A JSON array of texts, for json_each.
 std::string ListaJsonTextos(const std::set<std::string>& textos) {
@@ -654,14 +699,14 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
     while (recorrido.paso()) r.pares.push_back({LeeEncabezado(recorrido), nullptr});
     recorrido.reinicia();
     if (r.pares.empty()) return r;
-    // The walk's keys, each once: `casilla[i]` is the slot of the i-th
+    // The walk's keys, each once: `casilla[i]` is the number of the i-th
     // voucher's key, where the first candidate found for it goes.
-    std::unordered_map<std::string, size_t> casillas;
-    casillas.reserve(r.pares.size());
+    TablaDeClaves casillas(r.pares.size());
     std::vector<size_t> casilla;
     casilla.reserve(r.pares.size());
     std::unordered_map<std::string, std::string> fechaClave;  // the date texts repeat
     std::set<std::string> fechas;
+    std::string clave;
     for (auto& par : r.pares) {
         const Valor& f = par.propia.Fecha;
         std::string fecha;
@@ -673,10 +718,9 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
             fecha = FechaClave(f);
         }
         fechas.insert(fecha);
-        auto [it, nueva] = casillas.try_emplace(
-            ClaveHash(QuitaCaracteresEspeciales(SiNuloTexto(par.propia.Poliza)), SiNuloTexto(par.propia.Tipo), fecha),
-            casillas.size());
-        casilla.push_back(it->second);
+        ClaveHash(clave, QuitaCaracteresEspeciales(SiNuloTexto(par.propia.Poliza)), SiNuloTexto(par.propia.Tipo),
+                  fecha);
+        casilla.push_back(casillas.agrega(clave));
     }
     // The candidates on those dates; the one of lowest rowid of each key wins.
     // The run's store is made without an index on the date: FiltroDeMesTmp
@@ -692,13 +736,14 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
     while (st.paso()) {
         const Valor poliza = st.columna(2), tipo = st.columna(3), fecha = st.columna(4);
         auto texto = [](const Valor& v) -> std::string_view { return std::get<std::string>(v.variante()); };
-        auto it = casillas.find(ClaveHash(texto(poliza), texto(tipo), texto(fecha)));
-        if (it == casillas.end()) continue;
+        ClaveHash(clave, texto(poliza), texto(tipo), texto(fecha));
+        const size_t c = casillas.busca(clave);
+        if (c == std::string::npos) continue;
         const std::int64_t fila = st.columna(0).entero();
-        if (hay[it->second] && ganadora[it->second] <= fila) continue;
-        hay[it->second] = true;
-        ganadora[it->second] = fila;
-        mejores[it->second] = {fila, st.columna(1), poliza, tipo, fecha, st.columna(5)};
+        if (hay[c] && ganadora[c] <= fila) continue;
+        hay[c] = true;
+        ganadora[c] = fila;
+        mejores[c] = {fila, st.columna(1), poliza, tipo, fecha, st.columna(5)};
     }
     st.reinicia();
     std::vector<const Encabezado*> pareja(casillas.size(), nullptr);
