@@ -2,10 +2,10 @@
 
 #include <sqlite3.h>
 
-#include <cctype>
-#include <cstdint>
 #include <algorithm>
+#include <cctype>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <deque>
 #include <optional>
@@ -24,16 +24,18 @@ namespace velmorant {
 
 namespace {
 
-// The pairing of vouchers is done inside the engine, one query per month: for
-// each voucher of the month a correlated search takes the first match by key
-// in table order (rowid) of the other table, through that table's identity
-// index (equal keys sit in rowid order there, so the search is one probe). A
-// voucher of months 1 to 12 and a closing voucher of month 13 are never
-// partners, even with the same number, type and date: each month's key looks
-// only among its own kind. The key is computed from the voucher by the
-// functions below, registered on the connection, so it is the same text the
-// C++ side would bind: QuitaCaracteresEspeciales of the number in months 1
-// to 12 (as it is in 13), the type, and the date as FechaClave gives it.
+// A voucher's partner is the first voucher in table order (rowid) of the
+// other table with the same key. A voucher of months 1 to 12 and a closing
+// voucher of month 13 are never partners, even with the same number, type and
+// date: each month's key looks only among its own kind. The month's pairs are
+// found at once: in months 1 to 12 through a hash of the keys (ParesEnMemoria
+// below); in month 13, and for a store whose key columns compare otherwise,
+// by one query in which the engine searches each voucher's partner through
+// the other table's identity index (equal keys sit in rowid order there, so
+// each search is one probe). That query computes the key with the functions
+// below, registered on the connection, so it is the very text a search bound
+// from C++ would use: QuitaCaracteresEspeciales of the number in months 1 to
+// 12 (the number as it is in 13), the type, and the date as FechaClave gives.
 constexpr const char* kFuncionTexto = "ComparacionTexto";
 constexpr const char* kFuncionNumero = "ComparacionNumero";
 constexpr const char* kFuncionFecha = "ComparacionFecha";
