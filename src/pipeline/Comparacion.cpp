@@ -536,7 +536,7 @@ struct Par {
 
 /// The walk of a month with the partners found.
 struct Emparejadas {
-    std::vector<Par> pares;
+    std::deque<Par> pares;
     std::deque<Encabezado> parejas;
 };
 
@@ -697,7 +697,6 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
                                       "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, " + concepto + " FROM " + tabla +
                                           " WHERE " + cuales.condicion + " ORDER BY IdPoliza ASC, rowid",
                                       cuales.valores);
-    r.pares.reserve(1024);
     while (recorrido.paso()) r.pares.push_back({LeeEncabezado(recorrido), nullptr});
     recorrido.reinicia();
     if (r.pares.empty()) return r;
@@ -779,11 +778,12 @@ public:
             }
         if (!menor) return;
         Sentencia& st = db.preparada("SELECT IdPoliza, COUNT(*) FROM " + tabla +
-                                     " WHERE IdPoliza BETWEEN ? AND ? GROUP BY IdPoliza");
+                                     " WHERE IdPoliza BETWEEN ? AND ? GROUP BY IdPoliza ORDER BY IdPoliza");
         st.con(*menor, *mayor);
+        // The groups come in IdPoliza order.
         while (st.paso()) {
             const Valor id = st.columna(0);
-            if (id.esEntero()) cuentas_[id.entero()] += st.columna(1).entero();
+            if (id.esEntero()) cuentas_.emplace_back(id.entero(), st.columna(1).entero());
         }
         st.reinicia();
     }
@@ -791,8 +791,8 @@ public:
     std::int64_t de(const Valor& id) const {
         if (id.esNulo()) return 0;
         if (id.esEntero()) {
-            auto it = cuentas_.find(id.entero());
-            return it == cuentas_.end() ? 0 : it->second;
+            auto it = std::lower_bound(cuentas_.begin(), cuentas_.end(), std::make_pair(id.entero(), INT64_MIN));
+            return it == cuentas_.end() || it->first != id.entero() ? 0 : it->second;
         }
         return db_.escalar("SELECT COUNT(*) FROM " + tabla_ + " WHERE IdPoliza=?", id).entero();
     }
@@ -800,7 +800,7 @@ public:
 private:
     BaseDatos& db_;
     std::string tabla_;
-    std::unordered_map<std::int64_t, std::int64_t> cuentas_;
+    std::vector<std::pair<std::int64_t, std::int64_t>> cuentas_;  // IdPoliza and count, ascending
 };
 
 }  // namespace
@@ -813,7 +813,7 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
     const FiltroMes delMes = CondicionDelMes(db, "Polizas", mes13, NumeroMes(mes));
     if (!HayPolizas(db, "Polizas", delMes)) return;
     const Emparejadas emparejadas = ParesDelMes(db, "Polizas", "Polizas_Tmp", mes13, delMes, true);
-    const std::vector<Par>& pares = emparejadas.pares;
+    const std::deque<Par>& pares = emparejadas.pares;
     // The paired vouchers, in the order of the walk, for the lines and marks.
     std::vector<std::int64_t> viejasConPareja, parejas;
     std::vector<Valor> idsViejas, idsParejas;
@@ -884,7 +884,7 @@ void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
     const bool mes13 = EsMes13(mes);
     const FiltroMes delMes = CondicionDelMes(db, "Polizas_Tmp", mes13, NumeroMes(mes));
     const Emparejadas emparejadas = ParesDelMes(db, "Polizas_Tmp", "Polizas", mes13, delMes, false);
-    const std::vector<Par>& pares = emparejadas.pares;
+    const std::deque<Par>& pares = emparejadas.pares;
     // Only the lines past the old count are looked at (the first n are taken
     // to be the old ones), so a voucher whose count did not grow is done with
     // by the counts alone.
