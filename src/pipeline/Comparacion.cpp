@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <climits>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <deque>
@@ -184,6 +185,17 @@ std::string ListaJson(const std::vector<std::int64_t>& filas) {
     return r + "]";
 }
 
+/// The whole number a value is equal to as the engine compares numbers;
+/// nothing for Null, a text or a fraction.
+std::optional<std::int64_t> EnteroExacto(const Valor& v) {
+    if (v.esEntero()) return v.entero();
+    if (v.esReal()) {
+        const double d = v.real();
+        if (std::trunc(d) == d && d > -9.2e18 && d < 9.2e18) return static_cast<std::int64_t>(d);
+    }
+    return std::nullopt;
+}
+
 /// The lines of the paired vouchers of one side, asked for in the walk's
 /// order: de(k) gives those of the k-th, each voucher's ordered by Partida
 /// and rowid. When their IdPoliza are integers that never go down along the
@@ -200,7 +212,7 @@ public:
         if (porRango_) {
             st_ = &db.preparada(std::string("SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM ") +
                                 (tmp ? "Polizas_Detalle_Tmp" : "Polizas_Detalle") +
-                                " WHERE IdPoliza BETWEEN ? AND ? AND typeof(IdPoliza)='integer' "
+                                " WHERE IdPoliza BETWEEN ? AND ? "
                                 "ORDER BY IdPoliza, rowid");
             st_->con(ids.front().entero(), ids.back().entero());
         } else {
@@ -237,9 +249,14 @@ private:
     bool porRango_ = false, hay_ = false, leida_ = false;
     std::int64_t clave_ = 0, ultima_ = 0;
     std::vector<Linea> lineas_;
+    /// To the next row that can belong to a voucher asked for (in the range,
+    /// a fractional IdPoliza equals no voucher's).
     void avanza() {
-        hay_ = st_->paso();
-        if (hay_) clave_ = st_->columna(0).entero();
+        while ((hay_ = st_->paso()))
+            if (auto n = EnteroExacto(st_->columna(0))) {
+                clave_ = *n;
+                return;
+            }
     }
     /// The range comes in table order; the lines are wanted ordered by
     /// Partida and then table order. Null and whole numbers are ordered here
@@ -782,8 +799,7 @@ public:
         st.con(*menor, *mayor);
         // The groups come in IdPoliza order.
         while (st.paso()) {
-            const Valor id = st.columna(0);
-            if (id.esEntero()) cuentas_.emplace_back(id.entero(), st.columna(1).entero());
+            if (auto id = EnteroExacto(st.columna(0))) cuentas_.emplace_back(*id, st.columna(1).entero());
         }
         st.reinicia();
     }
