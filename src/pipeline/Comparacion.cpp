@@ -451,7 +451,8 @@ void ComparaLineas(Sesion& s, const Encabezado& anterior, const std::vector<Line
 
 /// Concept and date of a paired voucher.
 void ComparaEncabezado(Sesion& s, const Encabezado& anterior, const Encabezado& nueva, Cabecera& cabecera) {
-    if (SiNuloTexto(anterior.Concepto) != SiNuloTexto(nueva.Concepto)) {
+    std::string a, b;
+    if (Vista(anterior.Concepto, a) != Vista(nueva.Concepto, b)) {
         cabecera.asegura();
         Registra(s,
                  ComponeReferencia({{"Concepto, Anterior -> "},
@@ -459,6 +460,8 @@ void ComparaEncabezado(Sesion& s, const Encabezado& anterior, const Encabezado& 
                                     Dato(SiNuloTexto(nueva.Concepto)), {"."}}),
                  "C", anterior, "");
     }
+    // The same stored value is the same date; only others are read as dates.
+    if (anterior.Fecha == nueva.Fecha) return;
     auto fechaAnterior = anterior.Fecha.fecha(), fechaNueva = nueva.Fecha.fecha();
     if (fechaAnterior != fechaNueva) {
         auto texto = [](const std::optional<Fecha>& f) { return f ? f->ddmmaaaa() : std::string(); };
