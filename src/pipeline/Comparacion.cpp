@@ -1,9 +1,19 @@
 #include "pipeline/Comparacion.h"
 
+#include <sqlite3.h>
+
+#include <algorithm>
 #include <cctype>
+#include <climits>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <deque>
 #include <optional>
+#include <set>
 #include <stdexcept>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "accounts/CodigosCuenta.h"
@@ -15,23 +25,33 @@ namespace velmorant {
 
 namespace {
 
-// Searches by key take the first match in table order (rowid), as a walk of
-// the whole table would find it; the identity index keeps equal keys in
-// rowid order, so the search is one index probe. A voucher of months 1 to 12
-// and a closing voucher of month 13 are never partners, even with the same
-// number, type and date: each month's key looks only among its own kind.
-constexpr const char* kBuscaTmpPorFecha =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-    "WHERE Poliza=? AND Tipo=? AND Fecha=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY rowid LIMIT 1";
-constexpr const char* kBuscaTmpMes13 =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-    "WHERE Poliza=? AND Tipo=? AND Month(Fecha)=12 AND IFNULL(Poliza_Mes13,0)<>0 ORDER BY rowid LIMIT 1";
-constexpr const char* kBuscaEmpresaPorFecha =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-    "WHERE Poliza=? AND Tipo=? AND Fecha=? AND NOT IFNULL(Poliza_Mes13,0) ORDER BY rowid LIMIT 1";
-constexpr const char* kBuscaEmpresaMes13 =
-    "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-    "WHERE Poliza=? AND Tipo=? AND Month(Fecha)=12 AND IFNULL(Poliza_Mes13,0)<>0 ORDER BY rowid LIMIT 1";
+// A voucher's partner is the first voucher in table order (rowid) of the
+// other table with the same key. A voucher of months 1 to 12 and a closing
+// voucher of month 13 are never partners, even with the same number, type and
+// date: each month's key looks only among its own kind. The month's pairs are
+// found at once: in months 1 to 12 through a hash of the keys (ParesEnMemoria
+// below); in month 13, and for a store whose key columns compare otherwise,
+// by one query in which the engine searches each voucher's partner through
+// the other table's identity index (equal keys sit in rowid order there, so
+// each search is one probe). That query computes the key with the functions
+// below, registered on the connection, so it is the very text a search bound
+// from C++ would use: QuitaCaracteresEspeciales of the number in months 1 to
+// 12 (the number as it is in 13), the type, and the date as FechaClave gives.
+constexpr const char* kFuncionTexto = "ComparacionTexto";
+constexpr const char* kFuncionNumero = "ComparacionNumero";
+constexpr const char* kFuncionFecha = "ComparacionFecha";
+
+/// The partner search of `o` (a voucher row alias) in `tabla`: a scalar
+/// subquery giving the partner's rowid, Null when there is none.
+std::string SubconsultaPareja(const std::string& tabla, bool mes13) {
+    if (mes13)
+        return "(SELECT t.rowid FROM " + tabla + " t WHERE t.Poliza = ComparacionTexto(o.Poliza) "
+               "AND t.Tipo = ComparacionTexto(o.Tipo) AND Month(t.Fecha)=12 AND IFNULL(t.Poliza_Mes13,0)<>0 "
+               "ORDER BY t.rowid LIMIT 1)";
+    return "(SELECT t.rowid FROM " + tabla + " t WHERE t.Poliza = ComparacionNumero(o.Poliza) "
+           "AND t.Tipo = ComparacionTexto(o.Tipo) AND t.Fecha = ComparacionFecha(o.Fecha) "
+           "AND NOT IFNULL(t.Poliza_Mes13,0) ORDER BY t.rowid LIMIT 1)";
+}
 
 constexpr const char* kLineasEmpresa =
     "SELECT Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle WHERE IdPoliza=? "
@@ -39,9 +59,21 @@ constexpr const char* kLineasEmpresa =
 constexpr const char* kLineasTmp =
     "SELECT Cuenta, TipoMov, Importe, Referencia, Partida FROM Polizas_Detalle_Tmp WHERE IdPoliza=? "
     "ORDER BY Partida ASC, rowid";
-constexpr const char* kCuentaLineasEmpresa = "SELECT COUNT(*) FROM Polizas_Detalle WHERE IdPoliza=?";
 
-constexpr const char* kMarcaRevisado = "UPDATE Polizas_Tmp SET Revisado=-1 WHERE rowid=?";
+// The lines of many vouchers in one query: `?` is a JSON array of voucher
+// rowids; the lines come voucher after voucher in the array's order (its
+// index is the first column), each voucher's ordered by Partida and rowid.
+constexpr const char* kLineasEmpresaDe =
+    "SELECT j.key, d.Cuenta, d.TipoMov, d.Importe, d.Referencia, d.Partida FROM json_each(?) j "
+    "JOIN Polizas p ON p.rowid = j.value JOIN Polizas_Detalle d ON d.IdPoliza = p.IdPoliza "
+    "ORDER BY j.key, d.Partida, d.rowid";
+constexpr const char* kLineasTmpDe =
+    "SELECT j.key, d.Cuenta, d.TipoMov, d.Importe, d.Referencia, d.Partida FROM json_each(?) j "
+    "JOIN Polizas_Tmp p ON p.rowid = j.value JOIN Polizas_Detalle_Tmp d ON d.IdPoliza = p.IdPoliza "
+    "ORDER BY j.key, d.Partida, d.rowid";
+
+constexpr const char* kMarcaRevisadas =
+    "UPDATE Polizas_Tmp SET Revisado=-1 WHERE rowid IN (SELECT value FROM json_each(?))";
 
 /// A voucher header as the comparison needs it; `fila` is its rowid.
 struct Encabezado {
@@ -65,9 +97,10 @@ int NumeroMes(const std::string& mes) {
 
 bool EsMes13(const std::string& mes) { return NumeroMes(mes) == 13; }
 
-
-Encabezado LeeEncabezado(const Sentencia& st) {
-    return {st.columna(0).entero(), st.columna(1), st.columna(2), st.columna(3), st.columna(4), st.columna(5)};
+/// The header in columns `desde` to `desde` + 5 of the current row.
+Encabezado LeeEncabezado(const Sentencia& st, int desde = 0) {
+    return {st.columna(desde).entero(), st.columna(desde + 1), st.columna(desde + 2), st.columna(desde + 3),
+            st.columna(desde + 4), st.columna(desde + 5)};
 }
 
 std::vector<Encabezado> LeeEncabezados(Consulta c) {
@@ -93,24 +126,156 @@ std::string FechaClave(const Valor& fecha) {
     return f ? f->iso() : Fecha(1900, 1, 1).iso();
 }
 
-/// The partner of `de` in the other table: in the normal months the number
-/// goes through QuitaCaracteresEspeciales and the partner is no closing
-/// voucher; in month 13 the number is taken as it is, the partner is a
-/// closing voucher, and the date is free to move within December.
-std::optional<Encabezado> BuscaPorClave(BaseDatos& db, bool enTmp, bool mes13, const Encabezado& de) {
-    const char* sql = enTmp ? (mes13 ? kBuscaTmpMes13 : kBuscaTmpPorFecha)
-                            : (mes13 ? kBuscaEmpresaMes13 : kBuscaEmpresaPorFecha);
-    Sentencia& st = db.preparada(sql);
-    std::string tipo = SiNuloTexto(de.Tipo);
-    if (mes13)
-        st.con(SiNuloTexto(de.Poliza), tipo);
-    else
-        st.con(QuitaCaracteresEspeciales(SiNuloTexto(de.Poliza)), tipo, FechaClave(de.Fecha));
-    std::optional<Encabezado> r;
-    if (st.paso()) r = LeeEncabezado(st);
-    st.reinicia();
-    return r;
+// ------------------------------------------------- Key functions of the engine
+
+/// A value of the engine as the program reads a column.
+Valor ValorDe(sqlite3_value* v) {
+    switch (sqlite3_value_type(v)) {
+        case SQLITE_INTEGER:
+            return Valor(static_cast<long long>(sqlite3_value_int64(v)));
+        case SQLITE_FLOAT:
+            return Valor(sqlite3_value_double(v));
+        case SQLITE_TEXT:
+        case SQLITE_BLOB: {
+            auto p = reinterpret_cast<const char*>(sqlite3_value_text(v));
+            return Valor(std::string(p ? p : "", static_cast<size_t>(sqlite3_value_bytes(v))));
+        }
+        default:
+            return Valor();
+    }
 }
+
+template <std::string (*Clave)(const Valor&)>
+void FuncionClave(sqlite3_context* c, int, sqlite3_value** argumentos) {
+    try {
+        const std::string t = Clave(ValorDe(argumentos[0]));
+        sqlite3_result_text(c, t.data(), static_cast<int>(t.size()), SQLITE_TRANSIENT);
+    } catch (...) {
+        sqlite3_result_error_nomem(c);
+    }
+}
+
+std::string ClaveTexto(const Valor& v) { return SiNuloTexto(v); }
+std::string ClaveNumero(const Valor& v) { return QuitaCaracteresEspeciales(SiNuloTexto(v)); }
+
+/// Registers the key functions on the connection, once: registering again
+/// would expire every statement the connection keeps prepared.
+void AseguraFuncionesClave(BaseDatos& db) {
+    if (!db.escalar("SELECT 1 FROM pragma_function_list WHERE name = ? COLLATE NOCASE", kFuncionFecha).esNulo())
+        return;
+    auto registra = [&](const char* nombre, void (*f)(sqlite3_context*, int, sqlite3_value**)) {
+        int rc = sqlite3_create_function(db.nativo(), nombre, 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, f,
+                                         nullptr, nullptr);
+        if (rc != SQLITE_OK)
+            throw std::runtime_error(std::string("No se pudo registrar la función ") + nombre + ": " +
+                                     sqlite3_errmsg(db.nativo()));
+    };
+    registra(kFuncionTexto, FuncionClave<ClaveTexto>);
+    registra(kFuncionNumero, FuncionClave<ClaveNumero>);
+    registra(kFuncionFecha, FuncionClave<FechaClave>);
+}
+
+/// A JSON array of rowids, for json_each.
+std::string ListaJson(const std::vector<std::int64_t>& filas) {
+    std::string r = "[";
+    for (size_t i = 0; i < filas.size(); ++i) {
+        if (i) r += ',';
+        r += std::to_string(filas[i]);
+    }
+    return r + "]";
+}
+
+/// The whole number a value is equal to as the engine compares numbers;
+/// nothing for Null, a text or a fraction.
+std::optional<std::int64_t> EnteroExacto(const Valor& v) {
+    if (v.esEntero()) return v.entero();
+    if (v.esReal()) {
+        const double d = v.real();
+        if (std::trunc(d) == d && d > -9.2e18 && d < 9.2e18) return static_cast<std::int64_t>(d);
+    }
+    return std::nullopt;
+}
+
+/// The lines of the paired vouchers of one side, asked for in the walk's
+/// order: de(k) gives those of the k-th, each voucher's ordered by Partida
+/// and rowid. When their IdPoliza are integers that never go down along the
+/// walk (the usual case: both tables keep the source's order) the lines come
+/// from one walk of the IdPoliza index over their range, merged with the
+/// walk; otherwise from the rowids, through kLineasEmpresaDe / kLineasTmpDe.
+class LineasDePares {
+public:
+    LineasDePares(BaseDatos& db, bool tmp, const std::vector<std::int64_t>& filas, const std::vector<Valor>& ids)
+        : db_(db), tmp_(tmp), ids_(ids) {
+        porRango_ = !ids.empty();
+        for (size_t i = 0; i < ids.size() && porRango_; ++i)
+            porRango_ = ids[i].esEntero() && (i == 0 || ids[i - 1].entero() <= ids[i].entero());
+        if (porRango_) {
+            st_ = &db.preparada(std::string("SELECT IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida FROM ") +
+                                (tmp ? "Polizas_Detalle_Tmp" : "Polizas_Detalle") +
+                                " WHERE IdPoliza BETWEEN ? AND ? "
+                                "ORDER BY IdPoliza, rowid");
+            st_->con(ids.front().entero(), ids.back().entero());
+        } else {
+            st_ = &db.preparada(tmp ? kLineasTmpDe : kLineasEmpresaDe);
+            st_->con(ListaJson(filas));
+        }
+        avanza();
+    }
+    ~LineasDePares() { st_->reinicia(); }
+    LineasDePares(const LineasDePares&) = delete;
+    LineasDePares& operator=(const LineasDePares&) = delete;
+
+    const std::vector<Linea>& de(size_t k) {
+        const std::int64_t buscada = porRango_ ? ids_[k].entero() : static_cast<std::int64_t>(k);
+        // Two vouchers of the walk may share an IdPoliza: both get its lines.
+        if (leida_ && buscada == ultima_) return lineas_;
+        leida_ = true;
+        ultima_ = buscada;
+        lineas_.clear();
+        while (hay_ && clave_ < buscada) avanza();
+        while (hay_ && clave_ == buscada) {
+            lineas_.push_back({st_->columna(1), st_->columna(2), st_->columna(3), st_->columna(4), st_->columna(5)});
+            avanza();
+        }
+        if (porRango_) OrdenaPorPartida(buscada);
+        return lineas_;
+    }
+
+private:
+    BaseDatos& db_;
+    const bool tmp_;
+    const std::vector<Valor>& ids_;
+    Sentencia* st_ = nullptr;
+    bool porRango_ = false, hay_ = false, leida_ = false;
+    std::int64_t clave_ = 0, ultima_ = 0;
+    std::vector<Linea> lineas_;
+    /// To the next row that can belong to a voucher asked for (in the range,
+    /// a fractional IdPoliza equals no voucher's).
+    void avanza() {
+        while ((hay_ = st_->paso()))
+            if (auto n = EnteroExacto(st_->columna(0))) {
+                clave_ = *n;
+                return;
+            }
+    }
+    /// The range comes in table order; the lines are wanted ordered by
+    /// Partida and then table order. Null and whole numbers are ordered here
+    /// as the engine orders them (Null first); a voucher with any other
+    /// Partida is read again by a query of its own.
+    void OrdenaPorPartida(std::int64_t idPoliza) {
+        auto antes = [](const Linea& a, const Linea& b) {
+            if (a.Partida.esNulo() || b.Partida.esNulo()) return a.Partida.esNulo() && !b.Partida.esNulo();
+            return a.Partida.entero() < b.Partida.entero();
+        };
+        for (auto& l : lineas_)
+            if (!l.Partida.esNulo() && !l.Partida.esEntero()) {
+                lineas_ = LeeLineas(db_, tmp_ ? kLineasTmp : kLineasEmpresa, Valor(static_cast<long long>(idPoliza)));
+                return;
+            }
+        if (!std::is_sorted(lineas_.begin(), lineas_.end(), antes))
+            std::stable_sort(lineas_.begin(), lineas_.end(), antes);
+    }
+};
 
 // ------------------------------------------------------------------ Texts
 
@@ -162,8 +327,13 @@ private:
 
 // -------------------------------------------------------------- Progress
 
+/// The bar of a step: the label names the voucher reached, shown for the
+/// first voucher and then every kCada vouchers (a label per voucher costs
+/// more than comparing it); the interface is yielded to at the same points.
 class Avance {
 public:
+    static constexpr size_t kCada = 256;
+
     Avance(Sesion& s, size_t total, const std::string& mes)
         : p_(s.progreso), nombreMes_(NombreMesDosDigitos(mes)) {
         if (p_) {
@@ -172,7 +342,7 @@ public:
         }
     }
     void poliza(size_t i, const Encabezado& e) {
-        if (!p_) return;
+        if (!p_ || i % kCada != 0) return;
         p_->etiqueta("Comparando Pol. " + SiNuloTexto(e.Poliza) + ", " + SiNuloTexto(e.Tipo) + ", " + nombreMes_);
         p_->valor(static_cast<long>(i + 1));
         p_->cede();
@@ -213,8 +383,37 @@ void RegistraBajaDeLinea(Sesion& s, const Encabezado& anterior, const Linea& vie
              "C", anterior, SiNuloTexto(vieja.Cuenta));
 }
 
+/// The text of a value as SiNuloTexto gives it, without a copy when it is
+/// stored as text; `copia` holds it otherwise.
+std::string_view Vista(const Valor& v, std::string& copia) {
+    if (auto p = std::get_if<std::string>(&v.variante())) return *p;
+    copia = SiNuloTexto(v);
+    return copia;
+}
+
+/// True when none of the four fields ComparaCampos looks at differs: the
+/// common case, told without building any text.
+bool CamposIguales(const Linea& vieja, const Linea& nueva) {
+    std::string a, b;
+    if (Vista(vieja.Cuenta, a) != Vista(nueva.Cuenta, b)) return false;
+    if (Vista(vieja.TipoMov, a) != Vista(nueva.TipoMov, b)) return false;
+    if (vieja.Importe.moneda() != nueva.Importe.moneda()) return false;
+    std::string_view referencia = Vista(nueva.Referencia, b);
+    if (referencia.find_first_of("'|~") != std::string_view::npos) {
+        b = QuitaBlancos(QuitaCaracteresEspeciales(std::string(referencia)));
+        referencia = b;
+    } else {
+        const size_t desde = referencia.find_first_not_of(' ');
+        referencia = desde == std::string_view::npos
+                         ? std::string_view()
+                         : referencia.substr(desde, referencia.find_last_not_of(' ') - desde + 1);
+    }
+    return Vista(vieja.Referencia, a) == referencia;
+}
+
 /// The four fields of a line found by position, in their order.
 void ComparaCampos(Sesion& s, const Encabezado& anterior, Cabecera& cabecera, const Linea& vieja, const Linea& nueva) {
+    if (CamposIguales(vieja, nueva)) return;
     const std::string partida = "Partida: " + SiNuloTexto(vieja.Partida);
     const std::string cuenta = SiNuloTexto(vieja.Cuenta);
     auto registra = [&](const std::string& texto, const std::string& cuentaCabecera) {
@@ -240,11 +439,8 @@ void ComparaCampos(Sesion& s, const Encabezado& anterior, Cabecera& cabecera, co
 }
 
 /// Old lines against new ones: by `Partida` first, by content second.
-void ComparaLineas(Sesion& s, BaseDatos& db, const Encabezado& anterior, const Encabezado& nueva,
-                   Cabecera& cabecera) {
-    std::vector<Linea> viejas = LeeLineas(db, kLineasEmpresa, anterior.IdPoliza);
-    if (viejas.empty()) return;
-    std::vector<Linea> nuevas = LeeLineas(db, kLineasTmp, nueva.IdPoliza);
+void ComparaLineas(Sesion& s, const Encabezado& anterior, const std::vector<Linea>& viejas,
+                   const std::vector<Linea>& nuevas, Cabecera& cabecera) {
     for (auto& vieja : viejas) {
         if (const Linea* porPosicion = BuscaPorPosicion(nuevas, vieja.Partida))
             ComparaCampos(s, anterior, cabecera, vieja, *porPosicion);
@@ -255,7 +451,8 @@ void ComparaLineas(Sesion& s, BaseDatos& db, const Encabezado& anterior, const E
 
 /// Concept and date of a paired voucher.
 void ComparaEncabezado(Sesion& s, const Encabezado& anterior, const Encabezado& nueva, Cabecera& cabecera) {
-    if (SiNuloTexto(anterior.Concepto) != SiNuloTexto(nueva.Concepto)) {
+    std::string a, b;
+    if (Vista(anterior.Concepto, a) != Vista(nueva.Concepto, b)) {
         cabecera.asegura();
         Registra(s,
                  ComponeReferencia({{"Concepto, Anterior -> "},
@@ -263,6 +460,8 @@ void ComparaEncabezado(Sesion& s, const Encabezado& anterior, const Encabezado& 
                                     Dato(SiNuloTexto(nueva.Concepto)), {"."}}),
                  "C", anterior, "");
     }
+    // The same stored value is the same date; only others are read as dates.
+    if (anterior.Fecha == nueva.Fecha) return;
     auto fechaAnterior = anterior.Fecha.fecha(), fechaNueva = nueva.Fecha.fecha();
     if (fechaAnterior != fechaNueva) {
         auto texto = [](const std::optional<Fecha>& f) { return f ? f->ddmmaaaa() : std::string(); };
@@ -324,32 +523,347 @@ std::vector<Encabezado> EncabezadosDelMes(BaseDatos& db, const std::string& tabl
                                       delMes.valores));
 }
 
+namespace {
+
+/// The vouchers of a turn of the walk: in "13" the closing vouchers, in 1 to
+/// 12 the month's others. `tabla` is a name of this program's own.
+FiltroMes CondicionDelMes(BaseDatos& db, const std::string& tabla, bool mes13, int mes) {
+    if (mes13) return {"IFNULL(Poliza_Mes13,0)<>0", {}};
+    FiltroMes f = tabla == "Polizas" ? FiltroDeMes(db, tabla, mes) : FiltroDeMesTmp(db, tabla, mes);
+    f.condicion += " AND NOT IFNULL(Poliza_Mes13,0)";
+    return f;
+}
+
+Sentencia& PreparaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
+    Sentencia& st = db.preparada(sql);
+    st.reinicia();
+    for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
+    return st;
+}
+
+bool HayPolizas(BaseDatos& db, const std::string& tabla, const FiltroMes& cuales) {
+    Sentencia& st = PreparaCon(db, "SELECT 1 FROM " + tabla + " WHERE " + cuales.condicion + " LIMIT 1", cuales.valores);
+    const bool hay = st.paso();
+    st.reinicia();
+    return hay;
+}
+
+/// A voucher of the walk and its partner in the other table, if it has one.
+struct Par {
+    Encabezado propia;
+    const Encabezado* pareja = nullptr;  // within Emparejadas::parejas
+};
+
+/// The walk of a month with the partners found.
+struct Emparejadas {
+    std::deque<Par> pares;
+    std::deque<Encabezado> parejas;
+};
+
+/// The vouchers of `tabla` that `cuales` picks, in the walk's order (IdPoliza,
+/// then table order), each with its partner by key in `otra`, searched by the
+/// engine voucher by voucher. `otra` needs its identity index.
+Emparejadas ParesPorBusqueda(BaseDatos& db, const std::string& tabla, const std::string& otra, bool mes13,
+                                  const FiltroMes& cuales) {
+    AseguraFuncionesClave(db);
+    Sentencia& st = PreparaCon(
+        db,
+        "SELECT o.fila, o.IdPoliza, o.Poliza, o.Tipo, o.Fecha, o.Concepto, "
+        "p.rowid, p.IdPoliza, p.Poliza, p.Tipo, p.Fecha, p.Concepto "
+        "FROM (SELECT rowid AS fila, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM " + tabla + " WHERE " +
+            cuales.condicion + ") o LEFT JOIN " + otra + " p ON p.rowid = " + SubconsultaPareja(otra, mes13) +
+            " ORDER BY o.IdPoliza ASC, o.fila",
+        cuales.valores);
+    Emparejadas r;
+    while (st.paso()) {
+        r.pares.push_back({LeeEncabezado(st), nullptr});
+        if (!st.columna(6).esNulo()) r.pares.back().pareja = &r.parejas.emplace_back(LeeEncabezado(st, 6));
+    }
+    st.reinicia();
+    return r;
+}
+
+// ------------------------------------------------------- Pairing in memory
+//
+// In months 1 to 12 a partner has the very date of the key, so the candidates
+// are the other table's vouchers on the dates the walk's keys name, read in
+// one query; a hash of their keys then pairs the walk. The key compares as
+// the engine would compare it in that table: number and type as text without
+// case (NOCASE: ASCII letters only, the text up to a NUL byte, and the
+// length), the date as it is. That holds while number and type are text
+// columns compared NOCASE and the date is compared BINARY or NOCASE (a key
+// date has no letters): ClaveEnMemoria checks it, else the engine searches.
+
+bool Contiene(const std::string& t, const char* parte) { return t.find(parte) != std::string::npos; }
+
+/// True when the columns of `otra` compare as the hash below assumes.
+bool ClaveEnMemoria(BaseDatos& db, const std::string& otra) {
+    auto describe = [&](const char* columna, std::string& tipo, std::string& colacion) {
+        const char *t = nullptr, *c = nullptr;
+        int noNulo = 0, primaria = 0, auto_ = 0;
+        if (sqlite3_table_column_metadata(db.nativo(), nullptr, otra.c_str(), columna, &t, &c, &noNulo, &primaria,
+                                          &auto_) != SQLITE_OK)
+            return false;
+        tipo = t ? t : "";
+        colacion = c ? c : "";
+        for (auto* x : {&tipo, &colacion})
+            for (char& ch : *x) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+        return true;
+    };
+    // Text affinity: the declared type names no INT and names CHAR, CLOB or TEXT.
+    auto deTexto = [](const std::string& tipo) {
+        return !Contiene(tipo, "INT") && (Contiene(tipo, "CHAR") || Contiene(tipo, "CLOB") || Contiene(tipo, "TEXT"));
+    };
+    std::string tipo, colacion;
+    for (const char* columna : {"Poliza", "Tipo"})
+        if (!describe(columna, tipo, colacion) || !deTexto(tipo) || colacion != "NOCASE") return false;
+    return describe("Fecha", tipo, colacion) && (colacion == "BINARY" || colacion == "NOCASE");
+}
+
+/// Appends the class of `t` under NOCASE: its length, and its lowered text
+/// up to the first NUL byte (the engine compares no further), with that
+/// part's length so that the whole stays unambiguous.
+void AgregaSinMayusculas(std::string& clave, std::string_view t) {
+    const std::string_view parte = t.substr(0, t.find('\0'));
+    clave += std::to_string(t.size());
+    clave += ':';
+    clave += std::to_string(parte.size());
+    clave += ':';
+    for (char c : parte) clave += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+/// The key of a voucher, written into `clave`.
+void ClaveHash(std::string& clave, std::string_view poliza, std::string_view tipo, std::string_view fecha) {
+    clave.clear();
+    AgregaSinMayusculas(clave, poliza);
+    AgregaSinMayusculas(clave, tipo);
+    clave += fecha;
+}
+
+/// The walk's keys, each once, numbered in order of arrival: one flat table
+/// of their hashes, open addressed.
+class TablaDeClaves {
+public:
+    explicit TablaDeClaves(size_t n) {
+        size_t celdas = 16;
+        while (celdas < 2 * n) celdas *= 2;
+        celdas_.assign(celdas, kVacia);
+        claves_.reserve(n);
+        hashes_.reserve(n);
+    }
+    size_t size() const { return claves_.size(); }
+
+    /// The number of `clave`, given it if it is new.
+    size_t agrega(const std::string& clave) {
+        const size_t h = std::hash<std::string_view>{}(clave);
+        size_t i = celda(clave, h);
+        if (celdas_[i] == kVacia) {
+            celdas_[i] = static_cast<std::uint32_t>(claves_.size());
+            claves_.push_back(clave);
+            hashes_.push_back(h);
+        }
+        return celdas_[i];
+    }
+    /// The number of `clave`; npos when it is not in the table.
+    size_t busca(std::string_view clave) const {
+        const size_t i = celda(clave, std::hash<std::string_view>{}(clave));
+        return celdas_[i] == kVacia ? std::string::npos : celdas_[i];
+    }
+
+private:
+    static constexpr std::uint32_t kVacia = UINT32_MAX;
+    std::vector<std::uint32_t> celdas_;
+    std::vector<std::string> claves_;
+    std::vector<size_t> hashes_;
+    /// The cell of `clave`, or the empty one where it would go.
+    size_t celda(std::string_view clave, size_t h) const {
+        const size_t mascara = celdas_.size() - 1;
+        for (size_t i = h & mascara;; i = (i + 1) & mascara) {
+            const std::uint32_t n = celdas_[i];
+            if (n == kVacia || (hashes_[n] == h && claves_[n] == clave)) return i;
+        }
+    }
+};
+
+/// A JSON array of texts, for json_each.
+std::string ListaJsonTextos(const std::set<std::string>& textos) {
+    std::string r = "[";
+    for (auto& t : textos) {
+        if (r.size() > 1) r += ',';
+        r += '"';
+        for (unsigned char c : t) {
+            if (c == '"' || c == '\\') {
+                r += '\\';
+                r += static_cast<char>(c);
+            } else if (c < 0x20) {
+                char u[8];
+                std::snprintf(u, sizeof u, "\\u%04x", c);
+                r += u;
+            } else {
+                r += static_cast<char>(c);
+            }
+        }
+        r += '"';
+    }
+    return r + "]";
+}
+
+/// The same pairs as ParesPorBusqueda for months 1 to 12, through the hash.
+Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::string& otra,
+                           const FiltroMes& cuales, bool conConcepto) {
+    const std::string concepto = conConcepto ? "Concepto" : "NULL";
+    Emparejadas r;
+    Sentencia& recorrido = PreparaCon(db,
+                                      "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, " + concepto + " FROM " + tabla +
+                                          " WHERE " + cuales.condicion + " ORDER BY IdPoliza ASC, rowid",
+                                      cuales.valores);
+    while (recorrido.paso()) r.pares.push_back({LeeEncabezado(recorrido), nullptr});
+    recorrido.reinicia();
+    if (r.pares.empty()) return r;
+    // The walk's keys, each once: `casilla[i]` is the number of the i-th
+    // voucher's key, where the first candidate found for it goes.
+    TablaDeClaves casillas(r.pares.size());
+    std::vector<size_t> casilla;
+    casilla.reserve(r.pares.size());
+    std::unordered_map<std::string, std::string> fechaClave;  // the date texts repeat
+    std::set<std::string> fechas;
+    std::string clave;
+    for (auto& par : r.pares) {
+        const Valor& f = par.propia.Fecha;
+        std::string fecha;
+        if (auto texto = std::get_if<std::string>(&f.variante())) {
+            auto [it, nueva] = fechaClave.try_emplace(*texto);
+            if (nueva) it->second = FechaClave(f);
+            fecha = it->second;
+        } else {
+            fecha = FechaClave(f);
+        }
+        fechas.insert(fecha);
+        ClaveHash(clave, QuitaCaracteresEspeciales(SiNuloTexto(par.propia.Poliza)), SiNuloTexto(par.propia.Tipo),
+                  fecha);
+        casilla.push_back(casillas.agrega(clave));
+    }
+    // The candidates on those dates; the one of lowest rowid of each key wins.
+    // The run's store is made without an index on the date: FiltroDeMesTmp
+    // adds it.
+    if (otra == "Polizas_Tmp") FiltroDeMesTmp(db, otra, 1);
+    std::vector<std::int64_t> ganadora(casillas.size(), 0);
+    std::vector<bool> hay(casillas.size(), false);
+    std::vector<Encabezado> mejores(casillas.size());
+    Sentencia& st = db.preparada("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, " + concepto + " FROM " + otra +
+                                 " WHERE Fecha IN (SELECT value FROM json_each(?)) AND NOT IFNULL(Poliza_Mes13,0) "
+                                 "AND typeof(Poliza)='text' AND typeof(Tipo)='text' AND typeof(Fecha)='text'");
+    st.con(ListaJsonTextos(fechas));
+    while (st.paso()) {
+        const Valor poliza = st.columna(2), tipo = st.columna(3), fecha = st.columna(4);
+        auto texto = [](const Valor& v) -> std::string_view { return std::get<std::string>(v.variante()); };
+        ClaveHash(clave, texto(poliza), texto(tipo), texto(fecha));
+        const size_t c = casillas.busca(clave);
+        if (c == std::string::npos) continue;
+        const std::int64_t fila = st.columna(0).entero();
+        if (hay[c] && ganadora[c] <= fila) continue;
+        hay[c] = true;
+        ganadora[c] = fila;
+        mejores[c] = {fila, st.columna(1), poliza, tipo, fecha, st.columna(5)};
+    }
+    st.reinicia();
+    std::vector<const Encabezado*> pareja(casillas.size(), nullptr);
+    for (size_t c = 0; c < casillas.size(); ++c)
+        if (hay[c]) pareja[c] = &r.parejas.emplace_back(std::move(mejores[c]));
+    for (size_t i = 0; i < r.pares.size(); ++i) r.pares[i].pareja = pareja[casilla[i]];
+    return r;
+}
+
+/// The vouchers of `tabla` that `cuales` picks, in the walk's order (IdPoliza,
+/// then table order), each with its partner by key in `otra`. Without
+/// `conConcepto` the concepts may be left Null.
+Emparejadas ParesDelMes(BaseDatos& db, const std::string& tabla, const std::string& otra, bool mes13,
+                        const FiltroMes& cuales, bool conConcepto) {
+    if (!mes13 && ClaveEnMemoria(db, otra)) return ParesEnMemoria(db, tabla, otra, cuales, conConcepto);
+    if (otra == "Polizas_Tmp") AseguraIndiceIdentidadTmp(db);
+    return ParesPorBusqueda(db, tabla, otra, mes13, cuales);
+}
+
+/// The number of lines of each of some vouchers ("WHERE IdPoliza=?"), in one
+/// walk of the table's IdPoliza index over the range of the integer ones;
+/// any other is counted by a query of its own.
+class CuentaLineas {
+public:
+    CuentaLineas(BaseDatos& db, const std::string& tabla, const std::vector<Valor>& ids) : db_(db), tabla_(tabla) {
+        std::optional<std::int64_t> menor, mayor;
+        for (auto& id : ids)
+            if (id.esEntero()) {
+                menor = std::min(menor.value_or(id.entero()), id.entero());
+                mayor = std::max(mayor.value_or(id.entero()), id.entero());
+            }
+        if (!menor) return;
+        Sentencia& st = db.preparada("SELECT IdPoliza, COUNT(*) FROM " + tabla +
+                                     " WHERE IdPoliza BETWEEN ? AND ? GROUP BY IdPoliza ORDER BY IdPoliza");
+        st.con(*menor, *mayor);
+        // The groups come in IdPoliza order.
+        while (st.paso()) {
+            if (auto id = EnteroExacto(st.columna(0))) cuentas_.emplace_back(*id, st.columna(1).entero());
+        }
+        st.reinicia();
+    }
+
+    std::int64_t de(const Valor& id) const {
+        if (id.esNulo()) return 0;
+        if (id.esEntero()) {
+            auto it = std::lower_bound(cuentas_.begin(), cuentas_.end(), std::make_pair(id.entero(), INT64_MIN));
+            return it == cuentas_.end() || it->first != id.entero() ? 0 : it->second;
+        }
+        return db_.escalar("SELECT COUNT(*) FROM " + tabla_ + " WHERE IdPoliza=?", id).entero();
+    }
+
+private:
+    BaseDatos& db_;
+    std::string tabla_;
+    std::vector<std::pair<std::int64_t, std::int64_t>> cuentas_;  // IdPoliza and count, ascending
+};
+
+}  // namespace
+
 // ------------------------------------------------------------------ Steps
 
 void ComparaPolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = EmpresaAbierta(s);
     const bool mes13 = EsMes13(mes);
-    std::vector<Encabezado> viejas =
-        mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas "
-                                           "WHERE IFNULL(Poliza_Mes13,0)<>0 ORDER BY IdPoliza ASC, rowid"))
-              : EncabezadosDelMes(db, "Polizas", NumeroMes(mes), "");
-    if (viejas.empty()) return;
-    AseguraIndiceIdentidadTmp(db);
-    Avance avance(s, viejas.size(), mes);
-    Transaccion t(db);
-    for (size_t i = 0; i < viejas.size(); ++i) {
-        const Encabezado& anterior = viejas[i];
-        avance.poliza(i, anterior);
-        Cabecera cabecera(s, anterior);
-        std::optional<Encabezado> nueva = BuscaPorClave(db, true, mes13, anterior);
-        if (!nueva) {
-            Registra(s, "La Póliza se dio de baja.", "B", anterior, "");
-            continue;
+    const FiltroMes delMes = CondicionDelMes(db, "Polizas", mes13, NumeroMes(mes));
+    if (!HayPolizas(db, "Polizas", delMes)) return;
+    const Emparejadas emparejadas = ParesDelMes(db, "Polizas", "Polizas_Tmp", mes13, delMes, true);
+    const std::deque<Par>& pares = emparejadas.pares;
+    // The paired vouchers, in the order of the walk, for the lines and marks.
+    std::vector<std::int64_t> viejasConPareja, parejas;
+    std::vector<Valor> idsViejas, idsParejas;
+    for (auto& par : pares)
+        if (par.pareja) {
+            viejasConPareja.push_back(par.propia.fila);
+            idsViejas.push_back(par.propia.IdPoliza);
+            parejas.push_back(par.pareja->fila);
+            idsParejas.push_back(par.pareja->IdPoliza);
         }
-        ComparaEncabezado(s, anterior, *nueva, cabecera);
-        db.preparada(kMarcaRevisado).con(nueva->fila).ejecuta();
-        ComparaLineas(s, db, anterior, *nueva, cabecera);
+    Avance avance(s, pares.size(), mes);
+    Transaccion t(db);
+    {
+        LineasDePares lineasViejas(db, false, viejasConPareja, idsViejas);
+        LineasDePares lineasNuevas(db, true, parejas, idsParejas);
+        size_t k = 0;  // index of the paired voucher among viejasConPareja
+        for (size_t i = 0; i < pares.size(); ++i) {
+            const Encabezado& anterior = pares[i].propia;
+            avance.poliza(i, anterior);
+            Cabecera cabecera(s, anterior);
+            if (!pares[i].pareja) {
+                Registra(s, "La Póliza se dio de baja.", "B", anterior, "");
+                continue;
+            }
+            ComparaEncabezado(s, anterior, *pares[i].pareja, cabecera);
+            const std::vector<Linea>& viejas = lineasViejas.de(k);
+            if (!viejas.empty()) ComparaLineas(s, anterior, viejas, lineasNuevas.de(k), cabecera);
+            ++k;
+        }
     }
+    db.preparada(kMarcaRevisadas).con(ListaJson(parejas)).ejecuta();
     t.confirma();
 }
 
@@ -384,33 +898,41 @@ void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
 
 void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
     BaseDatos& db = EmpresaAbierta(s);
+    // With no voucher in the company no new one has a partner.
+    if (db.escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo()) return;
     const bool mes13 = EsMes13(mes);
-    std::vector<Encabezado> nuevas =
-        mes13 ? LeeEncabezados(db.consulta("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Concepto FROM Polizas_Tmp "
-                                           "WHERE IFNULL(Poliza_Mes13,0)<>0 ORDER BY IdPoliza ASC, rowid"))
-              : EncabezadosDelMes(db, "Polizas_Tmp", NumeroMes(mes), "");
+    const FiltroMes delMes = CondicionDelMes(db, "Polizas_Tmp", mes13, NumeroMes(mes));
+    const Emparejadas emparejadas = ParesDelMes(db, "Polizas_Tmp", "Polizas", mes13, delMes, false);
+    const std::deque<Par>& pares = emparejadas.pares;
+    // Only the lines past the old count are looked at (the first n are taken
+    // to be the old ones), so a voucher whose count did not grow is done with
+    // by the counts alone.
+    std::vector<Valor> nuevas, anteriores;
+    for (auto& par : pares)
+        if (par.pareja) {
+            nuevas.push_back(par.propia.IdPoliza);
+            anteriores.push_back(par.pareja->IdPoliza);
+        }
     if (nuevas.empty()) return;
-    Avance avance(s, nuevas.size(), mes);
+    const CuentaLineas lineasNuevas(db, "Polizas_Detalle_Tmp", nuevas), lineasAnteriores(db, "Polizas_Detalle", anteriores);
+    Avance avance(s, pares.size(), mes);
     Transaccion t(db);
-    for (size_t i = 0; i < nuevas.size(); ++i) {
-        const Encabezado& nueva = nuevas[i];
+    for (size_t i = 0; i < pares.size(); ++i) {
+        const Encabezado& nueva = pares[i].propia;
         avance.poliza(i, nueva);
-        std::optional<Encabezado> anterior = BuscaPorClave(db, false, mes13, nueva);
-        if (!anterior) continue;
-        // Only the lines past the old count are looked at: the first n are
-        // taken to be the old ones.
-        const size_t n = static_cast<size_t>(db.escalar(kCuentaLineasEmpresa, anterior->IdPoliza).entero());
-        std::vector<Linea> lineasNuevas = LeeLineas(db, kLineasTmp, nueva.IdPoliza);
-        if (lineasNuevas.size() <= n) continue;
-        std::vector<Linea> lineasViejas = LeeLineas(db, kLineasEmpresa, anterior->IdPoliza);
-        Cabecera cabecera(s, *anterior);
-        for (size_t k = n; k < lineasNuevas.size(); ++k) {
-            const std::string cuenta = SiNuloTexto(lineasNuevas[k].Cuenta);
+        if (!pares[i].pareja) continue;
+        const Encabezado& anterior = *pares[i].pareja;
+        if (lineasNuevas.de(nueva.IdPoliza) <= lineasAnteriores.de(anterior.IdPoliza)) continue;
+        const std::vector<Linea> agregadas = LeeLineas(db, kLineasTmp, nueva.IdPoliza);
+        const std::vector<Linea> lineasViejas = LeeLineas(db, kLineasEmpresa, anterior.IdPoliza);
+        Cabecera cabecera(s, anterior);
+        for (size_t k = lineasViejas.size(); k < agregadas.size(); ++k) {
+            const std::string cuenta = SiNuloTexto(agregadas[k].Cuenta);
             bool yaLaTenia = false;
             for (auto& vieja : lineasViejas) yaLaTenia = yaLaTenia || CoincideTexto(vieja.Cuenta, cuenta);
             if (yaLaTenia) continue;
             cabecera.asegura();
-            Registra(s, "Se incluyó una nueva partida.", "C", *anterior, cuenta);
+            Registra(s, "Se incluyó una nueva partida.", "C", anterior, cuenta);
         }
     }
     t.confirma();

@@ -349,6 +349,68 @@ TEST(Comparacion, PartidasDeUnaPolizaEmparejada) {
     for (auto& c : casos) Verifica(c);
 }
 
+// The order in which the tables hold vouchers and lines changes nothing:
+// partners stored in the reverse order of the walk, lines stored out of
+// Partida order, a line without Partida (compared first, by content only).
+TEST(Comparacion, ElOrdenDeLasTablasNoCambiaLoQueSeEncuentra) {
+    const P tres = {"5", "Dr", "2023-03-08", "Gastos", false,
+                    {{3, "1102", "H", "150", "Banco"}, {1, "6101", "D", "100", "Luz"}, {2, "6102", "D", "50", "Agua"}}};
+    const char* F = "2023-03-08";
+    const Caso casos[] = {
+        {"parejas guardadas al reves",
+         {kP1, kP2, kFeb},
+         {kFeb, Con(kP2, [](P& p) { p.lineas[0].importe = "60"; }), kP1},
+         {"01", "02"},
+         {{kCabecera, "C", "2", "Ig", "2023-01-15", ""},
+          {"Partida: 1 Importe -> Anterior: $50.50 Nuevo: $60.00", "C", "2", "Ig", "2023-01-15", "1102"}},
+         "SSS"},
+        {"lineas viejas guardadas fuera de orden",
+         {tres},
+         {Con(tres, [](P& p) {
+             p.lineas[0].importe = "151";
+             p.lineas[1].importe = "101";
+         })},
+         {"03"},
+         {{kCabecera, "C", "5", "Dr", F, ""},
+          {"Partida: 1 Importe -> Anterior: $100.00 Nuevo: $101.00", "C", "5", "Dr", F, "6101"},
+          {"Partida: 3 Importe -> Anterior: $150.00 Nuevo: $151.00", "C", "5", "Dr", F, "1102"}},
+         "S"},
+    };
+    for (auto& c : casos) Verifica(c);
+
+    Empresa e;
+    e.guarda({kP1}, false);
+    e.db().ejecuta("UPDATE Polizas_Detalle SET Partida=NULL WHERE Cuenta='2101'");
+    e.guarda({Con(kP1, [](P& p) {
+                 p.lineas[0].importe = "90";
+                 p.lineas[1].referencia = "Proveedor 2";
+             })},
+             true);
+    e.comparaMeses({"01"});
+    EXPECT_EQ(e.bitacora(),
+              (std::vector<Fila>{
+                  {"La Partida : , Referencia: Proveedor, Abono por $100.00 de la póliza se dió de baja.", "C", "1",
+                   "Dr", "2023-01-10", "2101"},
+                  {kCabecera, "C", "1", "Dr", "2023-01-10", ""},
+                  {"Partida: 1 Importe -> Anterior: $100.00 Nuevo: $90.00", "C", "1", "Dr", "2023-01-10", "1101"}}));
+}
+
+// The number pairs as the store compares it: in a store that tells case
+// apart, "a-1" and "A-1" are two vouchers.
+TEST(Comparacion, ElNumeroSeComparaComoLoComparaElAlmacen) {
+    Empresa e;
+    e.db().ejecutaScript(
+        "DROP TABLE Polizas_Tmp.Polizas_Tmp; CREATE TABLE Polizas_Tmp.Polizas_Tmp (IdPoliza INTEGER, Poliza TEXT, "
+        "Tipo TEXT COLLATE NOCASE, Fecha TEXT, Concepto TEXT, Poliza_Deshabilitada INTEGER, Poliza_Mes13 INTEGER, "
+        "Poliza_Ajuste INTEGER, Cuadrada INTEGER, Revisado INTEGER)");
+    e.guarda({Con(kP1, [](P& p) { p.poliza = "a-1"; }), kP2}, false);
+    e.guarda({Con(kP1, [](P& p) { p.poliza = "A-1"; }), Con(kP2, [](P& p) { p.tipo = "IG"; })}, true);
+    e.comparaMeses({"01"});
+    EXPECT_EQ(e.bitacora(), (std::vector<Fila>{{"La Póliza se dio de baja.", "B", "a-1", "Dr", "2023-01-10", ""},
+                                               {"Póliza nueva.", "A", "A-1", "Dr", "2023-01-10", ""}}));
+    EXPECT_EQ(e.revisadas(), "NS");
+}
+
 TEST(Comparacion, UnConceptoLargoMuestraAnteriorYNuevoDentroDelCampo) {
     const std::string largo(200, 'x');
     Empresa e;
@@ -363,19 +425,27 @@ TEST(Comparacion, UnConceptoLargoMuestraAnteriorYNuevoDentroDelCampo) {
     EXPECT_EQ(LongitudCaracteres(filas[1].referencia), 150u);
 }
 
-TEST(Comparacion, LaEtiquetaNombraCadaPolizaYCede) {
+TEST(Comparacion, LaEtiquetaNombraLaPolizaAlcanzadaCadaTantasPolizas) {
     struct Grabado : ProgresoMudo {
         std::vector<std::string> etiquetas;
         int cesiones = 0;
+        long ultimo = 0;
         void etiqueta(const std::string& t) override { etiquetas.push_back(t); }
+        void valor(long n) override { ultimo = n; }
         void cede() override { ++cesiones; }
     } progreso;
     Empresa e;
     e.sesion().progreso = &progreso;
-    e.guarda({kP1, kP2}, false);
+    // 300 vouchers: the label shows the first and the 257th.
+    std::vector<std::string> numeros;
+    for (int i = 1; i <= 300; ++i) numeros.push_back(std::to_string(i));
+    std::vector<P> polizas;
+    for (auto& n : numeros) polizas.push_back(Con(kP1, [&](P& p) { p.poliza = n.c_str(); }));
+    e.guarda(polizas, false);
     e.guarda({kP1}, true);
     ComparaPolizas(e.sesion(), "01");
     EXPECT_EQ(progreso.etiquetas,
-              (std::vector<std::string>{"Comparando Pol. 1, Dr, Enero", "Comparando Pol. 2, Ig, Enero"}));
+              (std::vector<std::string>{"Comparando Pol. 1, Dr, Enero", "Comparando Pol. 257, Dr, Enero"}));
     EXPECT_EQ(progreso.cesiones, 2);
+    EXPECT_EQ(progreso.ultimo, 257);
 }
