@@ -94,14 +94,19 @@ void LimpiaMovimientosDelMes(BaseDatos& db, int mes) {
     db.ejecuta("UPDATE Balanzas SET C" + mm + "=0, A" + mm + "=0");
 }
 
+/// The cell a line goes to, by the kind of its voucher (1 closing, 2
+/// opening adjustment, 0 ordinary) and its side, with the amount it adds.
+std::pair<std::string, Moneda> Celda(int clase, bool cargo, Moneda importe, int mes) {
+    if (clase == 1) return {cargo ? "C13" : "A13", importe};
+    if (clase == 2) return {"SaldoInicial", cargo ? importe : -importe};
+    return {(cargo ? "C" : "A") + DosDigitos(mes), importe};
+}
+
 /// The column a line adds to and the signed amount it adds (the line's
 /// TipoMov and Importe are its fields 2 and 3).
 std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& linea, int mes) {
-    bool cargo = SiNuloTexto(linea.campo(2)) == "D";
-    Moneda importe = linea.campo(3).moneda();
-    if (poliza["Poliza_Mes13"].booleano()) return {cargo ? "C13" : "A13", importe};
-    if (poliza["Poliza_Ajuste"].booleano()) return {"SaldoInicial", cargo ? importe : -importe};
-    return {(cargo ? "C" : "A") + DosDigitos(mes), importe};
+    const int clase = poliza["Poliza_Mes13"].booleano() ? 1 : poliza["Poliza_Ajuste"].booleano() ? 2 : 0;
+    return Celda(clase, SiNuloTexto(linea.campo(2)) == "D", linea.campo(3).moneda(), mes);
 }
 
 /// The month's posting summed by the engine, one row per account, kind of
@@ -109,8 +114,8 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
 /// with `sumas` untouched, when a line cannot go this way: its account has
 /// no row to post to (the walk logs each such line) or its amount is not
 /// stored as an exact integer.
-bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
-                    const std::vector<Valor>& valores, int mes, Sumas& sumas) {
+bool SumaPorCuentasEnSql(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
+                         const std::vector<Valor>& valores, int mes, Sumas& sumas) {
     Consulta grupos = ConsultaCon(
         db,
         "SELECT d.Cuenta, p.Clase, d.TipoMov = 'D' COLLATE BINARY AS Cargo, SUM(d.Importe), "
@@ -124,13 +129,77 @@ bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::strin
         const Valor& tipoMov = grupos.campo(2);
         DestinoLinea destino = destinos.destino(SiNuloTexto(grupos.campo(0)), tipoMov, grupos.campo(3));
         if (!destino.fila || grupos.campo(4).entero() != 0) return false;
-        const bool cargo = tipoMov.booleano();
-        const Moneda importe = grupos.campo(3).moneda();
-        switch (grupos.campo(1).entero()) {
-            case 1: parciales[{*destino.fila, cargo ? "C13" : "A13"}] += importe; break;
-            case 2: parciales[{*destino.fila, "SaldoInicial"}] += cargo ? importe : -importe; break;
-            default: parciales[{*destino.fila, (cargo ? "C" : "A") + DosDigitos(mes)}] += importe;
+        auto [columna, importe] =
+            Celda(static_cast<int>(grupos.campo(1).entero()), tipoMov.booleano(), grupos.campo(3).moneda(), mes);
+        parciales[{*destino.fila, columna}] += importe;
+    }
+    for (const auto& [celda, importe] : parciales) sumas[celda] += importe;
+    return true;
+}
+
+/// The same sums from one read of the month's vouchers and one of their
+/// lines, grouped in memory: the engine's grouping sorted every line. Goes
+/// to SumaPorCuentasEnSql when an id or an amount is not an exact integer or
+/// an IdPoliza is repeated. `ultima` gets the Poliza and Tipo of the last
+/// voucher by IdPoliza, the one a walk ends on.
+bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
+                    const std::vector<Valor>& valores, int mes, Sumas& sumas, std::string& ultima) {
+    auto enSql = [&] {
+        Consulta u = UltimaPolizaDelMes(db, "Polizas", condicion, valores);
+        if (!u.vacia()) ultima = SiNuloTexto(u["Poliza"]) + " de " + SiNuloTexto(u["Tipo"]);
+        return SumaPorCuentasEnSql(destinos, db, condicion, valores, mes, sumas);
+    };
+    std::unordered_map<std::int64_t, int> clases;
+    Sentencia& polizas = db.preparada("SELECT IdPoliza, CASE WHEN IFNULL(Poliza_Mes13,0) <> 0 THEN 1 WHEN "
+                                      "IFNULL(Poliza_Ajuste,0) <> 0 THEN 2 ELSE 0 END, rowid, Poliza, Tipo "
+                                      "FROM Polizas WHERE " + condicion);
+    polizas.reinicia();
+    for (size_t i = 0; i < valores.size(); ++i) polizas.liga(static_cast<int>(i) + 1, valores[i]);
+    bool exactas = true;
+    std::pair<std::int64_t, std::int64_t> mayor{0, 0};
+    while (exactas && polizas.paso()) {
+        const Valor id = polizas.columna(0);
+        if (id.esNulo()) continue;
+        exactas = id.esEntero() && clases.emplace(id.entero(), static_cast<int>(polizas.columna(1).entero())).second;
+        const std::pair<std::int64_t, std::int64_t> orden{id.entero(), polizas.columna(2).entero()};
+        if (exactas && (ultima.empty() || orden > mayor)) {
+            mayor = orden;
+            ultima = SiNuloTexto(polizas.columna(3)) + " de " + SiNuloTexto(polizas.columna(4));
         }
+    }
+    polizas.reinicia();
+    if (!exactas) return enSql();
+    struct Grupo {
+        std::string cuenta;
+        int clase;
+        bool cargo;
+        bool operator==(const Grupo& o) const { return clase == o.clase && cargo == o.cargo && cuenta == o.cuenta; }
+    };
+    struct HashGrupo {
+        size_t operator()(const Grupo& g) const { return std::hash<std::string>()(g.cuenta) * 4 + g.clase * 2 + g.cargo; }
+    };
+    std::unordered_map<Grupo, Moneda, HashGrupo> grupos;
+    Sentencia& lineas = db.preparada("SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
+                                     "(SELECT IdPoliza FROM Polizas WHERE " + condicion + ")");
+    lineas.reinicia();
+    for (size_t i = 0; i < valores.size(); ++i) lineas.liga(static_cast<int>(i) + 1, valores[i]);
+    while (exactas && lineas.paso()) {
+        const Valor id = lineas.columna(0), importe = lineas.columna(3);
+        auto clase = id.esEntero() ? clases.find(id.entero()) : clases.end();
+        exactas = clase != clases.end() && (importe.esNulo() || importe.esEntero());
+        if (!exactas) break;
+        const Valor tipo = lineas.columna(2);
+        const bool cargo = tipo.esTexto() && tipo.texto() == "D";
+        grupos[Grupo{SiNuloTexto(lineas.columna(1)), clase->second, cargo}] += importe.moneda();
+    }
+    lineas.reinicia();
+    if (!exactas) return enSql();
+    Sumas parciales;
+    for (const auto& [g, importe] : grupos) {
+        DestinoLinea destino = destinos.destino(g.cuenta, Valor(), Valor());
+        if (!destino.fila) return false;
+        auto [columna, suma] = Celda(g.clase, g.cargo, importe, mes);
+        parciales[{*destino.fila, columna}] += suma;
     }
     for (const auto& [celda, importe] : parciales) sumas[celda] += importe;
     return true;
@@ -143,12 +212,10 @@ void PostaPolizasDelMes(Sesion& s, int mes) {
     if (BalanzaVacia(db)) return;
     Sumas sumas;
     DestinosEnBalanza destinos(s);
-    if (SumaPorCuentas(destinos, db, condicion, delMes.valores, mes, sumas)) {
+    std::string ultima;
+    if (SumaPorCuentas(destinos, db, condicion, delMes.valores, mes, sumas, ultima)) {
         EscribeSumas(db, "Balanzas", sumas);
-        Consulta ultima = UltimaPolizaDelMes(db, "Polizas", condicion, delMes.valores);
-        if (!ultima.vacia())
-            EtiquetaProgreso(s, "Aplicando póliza num. " + SiNuloTexto(ultima["Poliza"]) + " de " +
-                                    SiNuloTexto(ultima["Tipo"]) + " " + NombreDelMes(mes));
+        if (!ultima.empty()) EtiquetaProgreso(s, "Aplicando póliza num. " + ultima + " " + NombreDelMes(mes));
         return;
     }
     Consulta polizas = ConsultaCon(db,

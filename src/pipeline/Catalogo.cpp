@@ -57,11 +57,6 @@ int NivelDeFila(Sesion& s, const Consulta& fila) {
     return CalculaNivelCuenta(s, SiNuloTexto(fila["CuentaSinSeparadores"]), false);
 }
 
-std::string Minusculas(std::string t) {
-    for (char& c : t) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return t;
-}
-
 void CompararCuenta(Sesion& s, BaseDatos& db, const Consulta& empresa) {
     const Valor& cuenta = empresa["Cuenta"];
     Consulta tmp = FilaTmp(db, "rowid AS Fila, Descripcion, Saldo", cuenta);
@@ -100,10 +95,10 @@ public:
     bool usa(const Valor& cuenta) {
         if (!leidas_) {
             Consulta c = db_.consulta("SELECT DISTINCT Cuenta FROM Polizas_Detalle_Tmp WHERE Cuenta IS NOT NULL");
-            for (c.primero(); !c.eof(); c.siguiente()) cuentas_.insert(Minusculas(c.campo(0).texto()));
+            for (c.primero(); !c.eof(); c.siguiente()) cuentas_.insert(SinMayusculasAscii(c.campo(0).texto()));
             leidas_ = true;
         }
-        return cuentas_.count(Minusculas(cuenta.texto())) > 0;
+        return cuentas_.count(SinMayusculasAscii(cuenta.texto())) > 0;
     }
 
 private:
@@ -119,7 +114,7 @@ bool SeConserva(BaseDatos& db, const Consulta& fila, const std::set<std::string>
     if (!FilaTmp(db, "1", cuenta).vacia()) return true;
     const Valor& anterior = fila["Saldo_Anterior_Final"];
     if (anterior.esNulo() || !anterior.moneda().esCero()) return true;
-    if (padres.count(Minusculas(cuenta.texto()))) return true;
+    if (padres.count(SinMayusculasAscii(cuenta.texto()))) return true;
     if (lineas.usa(cuenta)) return true;
     for (const char* tabla : {"Ajustes_Detalle", "Reclasificaciones_Detalle"})
         if (!db.escalar(std::string("SELECT 1 FROM ") + tabla + " WHERE Cuenta = ? LIMIT 1", cuenta).esNulo())
@@ -219,7 +214,7 @@ void DepuraCatalogo(Sesion& s, Progreso& barra) {
     std::set<std::string> padres;
     Consulta referencias = db.consulta("SELECT DISTINCT CuentaAcumulativa FROM main.Cuentas");
     for (referencias.primero(); !referencias.eof(); referencias.siguiente())
-        if (!referencias.campo(0).esNulo()) padres.insert(Minusculas(referencias.campo(0).texto()));
+        if (!referencias.campo(0).esNulo()) padres.insert(SinMayusculasAscii(referencias.campo(0).texto()));
 
     Consulta empresa = db.consulta("SELECT rowid AS Fila, Cuenta, Saldo_Anterior_Final FROM main.Cuentas ORDER BY rowid");
     barra.maximo(static_cast<long>(empresa.cuentaRegistros()));

@@ -108,12 +108,12 @@ inline Consulta UltimaPolizaDelMes(BaseDatos& db, const std::string& tabla, cons
                        valores);
 }
 
-/// A statement whose parameters are given as a list.
-inline void EjecutaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
+/// A statement whose parameters are given as a list; the rows it changed.
+inline int EjecutaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
     Sentencia& st = db.preparada(sql);
     st.reinicia();
     for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
-    st.ejecuta();
+    return st.ejecuta();
 }
 
 }  // namespace velmorant

@@ -3,12 +3,14 @@
 #include <set>
 #include <stdexcept>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Balanza.h"
 #include "pipeline/Inconsistencias.h"
 #include "pipeline/LineasPorPoliza.h"
 #include "pipeline/MesPorIndice.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -38,18 +40,39 @@ FiltroMes CondicionCuadreDelMes(BaseDatos& db, int mes) {
     return f;
 }
 
-Consulta PolizasTmpDelMes(BaseDatos& db, const FiltroMes& delMes) {
+/// The month's vouchers the balance check has something to say of, in the
+/// order of the walk: those cancelled at the source and those whose IdPoliza
+/// is in `descuadradas` (a JSON list).
+Consulta PolizasTmpConAviso(BaseDatos& db, const FiltroMes& delMes, const std::string& descuadradas) {
+    std::vector<Valor> valores = delMes.valores;
+    valores.emplace_back(descuadradas);
     return ConsultaCon(db,
                        "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp "
-                       "WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
-                       delMes.valores);
+                       "WHERE " + delMes.condicion + " AND (IFNULL(Poliza_Deshabilitada, 0) <> 0 OR IdPoliza IN "
+                       "(SELECT value FROM json_each(?))) ORDER BY IdPoliza ASC",
+                       valores);
+}
+
+/// The accounts the temporary chart (by CuentaSinSeparadores) or the
+/// company's chart knows, without case.
+std::unordered_set<std::string> CuentasConocidas(BaseDatos& db) {
+    std::unordered_set<std::string> r;
+    for (const char* sql : {"SELECT CuentaSinSeparadores FROM CuentasTmp.Cuentas WHERE CuentaSinSeparadores IS NOT NULL",
+                            "SELECT Cuenta FROM main.Cuentas WHERE Cuenta IS NOT NULL"}) {
+        Sentencia& st = db.preparada(sql);
+        st.reinicia();
+        while (st.paso()) r.insert(SinMayusculasAscii(st.columna(0).texto()));
+        st.reinicia();
+    }
+    return r;
 }
 
 /// Debits less credits of each voucher of the month whose lines do not
-/// cancel out, by IdPoliza, summed exactly by the engine over the integers
-/// the store keeps. Only the lines whose account the temporary chart or the
-/// company's chart knows count; a "D" is a debit, anything else a credit.
-std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const FiltroMes& delMes) {
+/// cancel out, by IdPoliza. Only the lines whose account the temporary chart
+/// or the company's chart knows count; a "D" is a debit, anything else a
+/// credit. Summed by the engine, for a store whose ids or amounts are not
+/// all exact integers.
+std::unordered_map<std::int64_t, Moneda> DiferenciasDelMesEnSql(BaseDatos& db, const FiltroMes& delMes) {
     const std::string importe =
         "CASE WHEN d.TipoMov = 'D' COLLATE BINARY THEN IFNULL(d.Importe, 0) ELSE -IFNULL(d.Importe, 0) END";
     Consulta c = ConsultaCon(
@@ -65,16 +88,50 @@ std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const 
     return r;
 }
 
+/// The same from one read of the month's lines, summed in exact money with
+/// the known accounts in memory: a look-up in each chart for every line cost
+/// more than reading the lines.
+std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const FiltroMes& delMes) {
+    const auto conocidas = CuentasConocidas(db);
+    Sentencia& st = db.preparada("SELECT d.IdPoliza, d.Cuenta, d.TipoMov, d.Importe FROM Polizas_Detalle_Tmp d "
+                                 "WHERE d.IdPoliza IN (SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ")");
+    st.reinicia();
+    for (size_t i = 0; i < delMes.valores.size(); ++i) st.liga(static_cast<int>(i) + 1, delMes.valores[i]);
+    std::unordered_map<std::int64_t, Moneda> sumas;
+    while (st.paso()) {
+        const Valor id = st.columna(0), importe = st.columna(3);
+        if (!id.esEntero() || (!importe.esNulo() && !importe.esEntero())) {
+            st.reinicia();
+            return DiferenciasDelMesEnSql(db, delMes);
+        }
+        const Valor cuenta = st.columna(1);
+        if (!cuenta.esTexto() || !conocidas.count(SinMayusculasAscii(cuenta.texto()))) continue;
+        const Valor tipo = st.columna(2);
+        const bool cargo = tipo.esTexto() && tipo.texto() == "D";
+        sumas[id.entero()] += cargo ? importe.moneda() : -importe.moneda();
+    }
+    st.reinicia();
+    std::unordered_map<std::int64_t, Moneda> r;
+    for (const auto& [id, suma] : sumas)
+        if (!suma.esCero()) r.emplace(id, suma);
+    return r;
+}
+
 /// True when every account on a line of the month's balanced vouchers has a
 /// row of the trial balance to post to and is not accumulative: then no line
 /// is rejected, and the month needs no walk. Each account is looked up once.
 bool CuentasRegistrables(DestinosEnBalanza& destinos, BaseDatos& db, const FiltroMes& delMes) {
-    Consulta cuentas = ConsultaCon(db,
-                                   "SELECT DISTINCT Cuenta FROM Polizas_Detalle WHERE IdPoliza IN "
-                                   "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND " + delMes.condicion + ")",
-                                   delMes.valores);
-    for (cuentas.primero(); !cuentas.eof(); cuentas.siguiente())
-        if (!destinos.destino(SiNuloTexto(cuentas.campo(0)), Valor(), Valor()).fila) return false;
+    // The accounts are gathered in memory: the engine's DISTINCT sorted
+    // every line of the month.
+    std::unordered_set<std::string> cuentas;
+    Sentencia& st = db.preparada("SELECT Cuenta FROM Polizas_Detalle WHERE IdPoliza IN "
+                                 "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND " + delMes.condicion + ")");
+    st.reinicia();
+    for (size_t i = 0; i < delMes.valores.size(); ++i) st.liga(static_cast<int>(i) + 1, delMes.valores[i]);
+    while (st.paso()) cuentas.insert(SiNuloTexto(st.columna(0)));
+    st.reinicia();
+    for (const std::string& cuenta : cuentas)
+        if (!destinos.destino(cuenta, Valor(), Valor()).fila) return false;
     return true;
 }
 
@@ -94,37 +151,46 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     BaseDatos& db = PolizasTmp(s);
     const int n = NumeroDeMesDeTexto(mes);
     const FiltroMes delMes = CondicionCuadreDelMes(db, n);
-    Consulta polizas = PolizasTmpDelMes(db, delMes);
     const auto diferencias = DiferenciasDelMes(db, delMes);
+    std::string ids = "[";
+    for (const auto& [id, diferencia] : diferencias) ids += (ids.size() > 1 ? "," : "") + std::to_string(id);
+    ids += "]";
+    // Only the vouchers that are logged are walked; every other one of the
+    // month balances and is marked so by one statement.
+    Consulta polizas = PolizasTmpConAviso(db, delMes, ids);
     Transaccion t(db);
-    MaximoProgreso(s, polizas.cuentaRegistros());
-    size_t avance = 0;
     std::string descuadradas = "[";
+    size_t noCuadradas = 0;
     for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
-        EtiquetaProgreso(s, "Verificando cuadre de Pol. " + SiNuloTexto(polizas["Poliza"]) + ", " +
-                        SiNuloTexto(polizas["Tipo"]) + ", " + NombreMesDosDigitos(mes));
         const Valor& id = polizas["IdPoliza"];
         auto d = id.esNulo() ? diferencias.end() : diferencias.find(id.entero());
         if (d != diferencias.end()) {
             Registra(s, "Póliza no balanceada Importe de diferencia " + d->second.formatoMoneda(), polizas, "");
             db.ejecuta("UPDATE Polizas_Tmp SET Poliza_Deshabilitada=-1, Cuadrada=0 WHERE rowid=?", polizas["Fila"]);
             descuadradas += (descuadradas.size() > 1 ? "," : "") + std::to_string(polizas["Fila"].entero());
+            ++noCuadradas;
         } else if (polizas["Poliza_Deshabilitada"].booleano()) {
             Registra(s,
                      "La Póliza se encuentra indicada como CANCELADA en los archivos de origen, por lo que, los "
                      "movimientos no se reflejaran en la Balanza.",
                      polizas, "");
         }
-        AvanceProgreso(s, ++avance);
     }
-    // Every other voucher of the month balances.
     std::vector<Valor> valores = delMes.valores;
     valores.emplace_back(descuadradas + "]");
-    EjecutaCon(db,
-               "UPDATE Polizas_Tmp SET Cuadrada=-1 WHERE " + delMes.condicion +
-                   " AND rowid NOT IN (SELECT value FROM json_each(?))",
-               valores);
+    const int cuadradas = EjecutaCon(db,
+                                     "UPDATE Polizas_Tmp SET Cuadrada=-1 WHERE " + delMes.condicion +
+                                         " AND rowid NOT IN (SELECT value FROM json_each(?))",
+                                     valores);
     t.confirma();
+    // The bar and the label as a walk would have left them.
+    const size_t total = noCuadradas + static_cast<size_t>(cuadradas);
+    MaximoProgreso(s, total);
+    Consulta ultima = UltimaPolizaDelMes(db, "Polizas_Tmp", delMes.condicion, delMes.valores);
+    if (!ultima.vacia())
+        EtiquetaProgreso(s, "Verificando cuadre de Pol. " + SiNuloTexto(ultima["Poliza"]) + ", " +
+                                SiNuloTexto(ultima["Tipo"]) + ", " + NombreMesDosDigitos(mes));
+    AvanceProgreso(s, total);
 }
 
 void GuardaPolizas(Sesion& s, const std::string& mes) {
@@ -138,7 +204,7 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
     // voucher. Texts are cleaned as the walk would clean them: a Null is an
     // empty text, and the concept is cut to 255 characters.
     Transaccion t(db);
-    EjecutaCon(db,
+    const int polizas = EjecutaCon(db,
                "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, "
                "Poliza_Mes13, Poliza_Ajuste) "
                "SELECT IdPoliza, Poliza, Tipo, Fecha, substr(" + SqlSinCaracteresEspeciales("Concepto") + ", 1, 255), " +
@@ -146,6 +212,10 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
                    SqlBooleano("Poliza_Mes13") + ", " + SqlBooleano("Poliza_Ajuste") +
                    " FROM Polizas_Tmp WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
                delMes.valores);
+    // The label a walk would have ended on: the month's last voucher, the
+    // last row the copy wrote.
+    Consulta ultima;
+    if (polizas > 0) ultima = db.consulta("SELECT Poliza, Tipo, Fecha FROM Polizas WHERE rowid = ?", db.ultimoId());
     EjecutaCon(db,
                "INSERT INTO Polizas_Detalle (IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) "
                "SELECT IdPoliza, Cuenta, TipoMov, Importe, " + SqlSinCaracteresEspeciales("Referencia") +
@@ -153,8 +223,6 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
                    "(SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ") ORDER BY IdPoliza, rowid",
                delMes.valores);
     t.confirma();
-    // The label a walk would have ended on: the month's last voucher.
-    Consulta ultima = UltimaPolizaDelMes(db, "Polizas_Tmp", delMes.condicion, delMes.valores);
     if (!ultima.vacia()) {
         auto fecha = ultima["Fecha"].fecha();
         EtiquetaProgreso(s, "Importando Pol. " + SiNuloTexto(ultima["Poliza"]) + ", " + SiNuloTexto(ultima["Tipo"]) +

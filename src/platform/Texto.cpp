@@ -11,6 +11,12 @@ std::string RecortaEspacios(std::string_view texto) {
     return std::string(texto.substr(a, b - a + 1));
 }
 
+std::string SinMayusculasAscii(std::string texto) {
+    for (char& c : texto)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return texto;
+}
+
 std::string Mayusculas(const std::string& texto) {
     for (unsigned char c : texto)
         if (c >= 0x80) return QString::fromStdString(texto).toUpper().toStdString();

@@ -11,6 +11,10 @@ namespace velmorant {
 /// sources' Trim does; a tab is kept).
 std::string RecortaEspacios(std::string_view texto);
 
+/// A key as the stores' text columns compare it (COLLATE NOCASE): ASCII
+/// letters in lower case, every other byte as it is.
+std::string SinMayusculasAscii(std::string texto);
+
 /// Upper case of a UTF-8 text, accented letters included.
 std::string Mayusculas(const std::string& texto);
 
