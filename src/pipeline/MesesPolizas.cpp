@@ -6,12 +6,11 @@ namespace velmorant {
 
 namespace {
 
+// The last of the months "GROUP BY Month(Fecha) ORDER BY Month(Fecha)"
+// lists is their maximum (a Null month sorts first and is no maximum unless
+// it is the only one): one pass without the grouping's sort.
 int UltimoMes(BaseDatos& db, const std::string& tabla) {
-    Consulta c = db.consulta("SELECT Month(Fecha) as MesFecha FROM " + tabla +
-                             " GROUP BY Month(Fecha) ORDER BY Month(Fecha) ASC");
-    if (c.vacia()) return 0;
-    c.ultimo();
-    return static_cast<int>(c["MesFecha"].entero());
+    return static_cast<int>(db.escalar("SELECT MAX(Month(Fecha)) FROM " + tabla).entero());
 }
 
 }  // namespace
