@@ -1,5 +1,7 @@
 #include "pipeline/Polizas.h"
 
+#include <algorithm>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <unordered_map>
@@ -40,17 +42,75 @@ FiltroMes CondicionCuadreDelMes(BaseDatos& db, int mes) {
     return f;
 }
 
-/// The month's vouchers the balance check has something to say of, in the
-/// order of the walk: those cancelled at the source and those whose IdPoliza
-/// is in `descuadradas` (a JSON list).
-Consulta PolizasTmpConAviso(BaseDatos& db, const FiltroMes& delMes, const std::string& descuadradas) {
-    std::vector<Valor> valores = delMes.valores;
-    valores.emplace_back(descuadradas);
-    return ConsultaCon(db,
-                       "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp "
-                       "WHERE " + delMes.condicion + " AND (IFNULL(Poliza_Deshabilitada, 0) <> 0 OR IdPoliza IN "
-                       "(SELECT value FROM json_each(?))) ORDER BY IdPoliza ASC",
-                       valores);
+const char* const kTextoCancelada =
+    "La Póliza se encuentra indicada como CANCELADA en los archivos de origen, por lo que, los movimientos no se "
+    "reflejaran en la Balanza.";
+
+std::string EtiquetaCuadre(const std::string& poliza, const std::string& tipo, const std::string& mes) {
+    return "Verificando cuadre de Pol. " + poliza + ", " + tipo + ", " + NombreMesDosDigitos(mes);
+}
+
+/// The balance check voucher by voucher, in IdPoliza order, each marked by a
+/// statement of its own: for a store whose ids are not all exact integers.
+void VerificaCuadreRecorriendo(Sesion& s, const std::string& mes, const FiltroMes& delMes,
+                               const std::unordered_map<std::int64_t, Moneda>& diferencias) {
+    BaseDatos& db = PolizasTmp(s);
+    Consulta polizas = ConsultaCon(db,
+                                   "SELECT rowid AS Fila, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada "
+                                   "FROM Polizas_Tmp WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
+                                   delMes.valores);
+    Transaccion t(db);
+    MaximoProgreso(s, polizas.cuentaRegistros());
+    size_t avance = 0;
+    for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
+        EtiquetaProgreso(s, EtiquetaCuadre(SiNuloTexto(polizas["Poliza"]), SiNuloTexto(polizas["Tipo"]), mes));
+        const Valor& id = polizas["IdPoliza"];
+        auto d = id.esNulo() ? diferencias.end() : diferencias.find(id.entero());
+        if (d != diferencias.end()) {
+            Registra(s, "Póliza no balanceada Importe de diferencia " + d->second.formatoMoneda(), polizas, "");
+            db.ejecuta("UPDATE Polizas_Tmp SET Poliza_Deshabilitada=-1, Cuadrada=0 WHERE rowid=?", polizas["Fila"]);
+        } else {
+            if (polizas["Poliza_Deshabilitada"].booleano()) Registra(s, kTextoCancelada, polizas, "");
+            db.ejecuta("UPDATE Polizas_Tmp SET Cuadrada=-1 WHERE rowid=?", polizas["Fila"]);
+        }
+        AvanceProgreso(s, ++avance);
+    }
+    t.confirma();
+}
+
+/// A voucher of the month that the balance check logs, as it was read.
+struct PolizaConAviso {
+    std::int64_t fila, id;
+    Valor poliza, tipo, fecha;
+    bool cancelada;
+};
+
+/// One read of the month's vouchers: those the check logs (cancelled at the
+/// source, or with a difference) in the order of a walk by IdPoliza, and the
+/// last one, whose label a walk ends on. Empty, with `leidas` false, when an
+/// IdPoliza is not an exact integer: the caller then asks the engine.
+std::vector<PolizaConAviso> PolizasConAviso(BaseDatos& db, const FiltroMes& delMes,
+                                            const std::unordered_map<std::int64_t, Moneda>& diferencias,
+                                            std::optional<PolizaConAviso>& ultima, bool& leidas) {
+    Sentencia& st = db.preparada("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp "
+                                 "WHERE " + delMes.condicion);
+    st.reinicia();
+    for (size_t i = 0; i < delMes.valores.size(); ++i) st.liga(static_cast<int>(i) + 1, delMes.valores[i]);
+    std::vector<PolizaConAviso> r;
+    leidas = true;
+    while (leidas && st.paso()) {
+        const Valor id = st.columna(1);
+        leidas = id.esEntero();
+        if (!leidas) break;
+        PolizaConAviso p{st.columna(0).entero(), id.entero(), st.columna(2), st.columna(3), st.columna(4),
+                         st.columna(5).booleano()};
+        if (!ultima || std::make_pair(p.id, p.fila) > std::make_pair(ultima->id, ultima->fila)) ultima = p;
+        if (p.cancelada || diferencias.count(p.id)) r.push_back(std::move(p));
+    }
+    st.reinicia();
+    if (!leidas) return {};
+    std::stable_sort(r.begin(), r.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
+    return r;
 }
 
 /// The accounts the temporary chart (by CuentaSinSeparadores) or the
@@ -152,28 +212,31 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     const int n = NumeroDeMesDeTexto(mes);
     const FiltroMes delMes = CondicionCuadreDelMes(db, n);
     const auto diferencias = DiferenciasDelMes(db, delMes);
-    std::string ids = "[";
-    for (const auto& [id, diferencia] : diferencias) ids += (ids.size() > 1 ? "," : "") + std::to_string(id);
-    ids += "]";
     // Only the vouchers that are logged are walked; every other one of the
     // month balances and is marked so by one statement.
-    Consulta polizas = PolizasTmpConAviso(db, delMes, ids);
+    std::optional<PolizaConAviso> ultima;
+    bool leidas = false;
+    std::vector<PolizaConAviso> polizas = PolizasConAviso(db, delMes, diferencias, ultima, leidas);
+    if (!leidas) {
+        VerificaCuadreRecorriendo(s, mes, delMes, diferencias);
+        return;
+    }
     Transaccion t(db);
     std::string descuadradas = "[";
     size_t noCuadradas = 0;
-    for (polizas.primero(); !polizas.eof(); polizas.siguiente()) {
-        const Valor& id = polizas["IdPoliza"];
-        auto d = id.esNulo() ? diferencias.end() : diferencias.find(id.entero());
+    for (const PolizaConAviso& p : polizas) {
+        auto registra = [&](const std::string& texto) {
+            RegistraInconsistencia(s, texto, kFuentePolizas, "D", SiNuloTexto(p.poliza), SiNuloTexto(p.tipo),
+                                   p.fecha.fecha(), "");
+        };
+        auto d = diferencias.find(p.id);
         if (d != diferencias.end()) {
-            Registra(s, "Póliza no balanceada Importe de diferencia " + d->second.formatoMoneda(), polizas, "");
-            db.ejecuta("UPDATE Polizas_Tmp SET Poliza_Deshabilitada=-1, Cuadrada=0 WHERE rowid=?", polizas["Fila"]);
-            descuadradas += (descuadradas.size() > 1 ? "," : "") + std::to_string(polizas["Fila"].entero());
+            registra("Póliza no balanceada Importe de diferencia " + d->second.formatoMoneda());
+            db.ejecuta("UPDATE Polizas_Tmp SET Poliza_Deshabilitada=-1, Cuadrada=0 WHERE rowid=?", p.fila);
+            descuadradas += (descuadradas.size() > 1 ? "," : "") + std::to_string(p.fila);
             ++noCuadradas;
-        } else if (polizas["Poliza_Deshabilitada"].booleano()) {
-            Registra(s,
-                     "La Póliza se encuentra indicada como CANCELADA en los archivos de origen, por lo que, los "
-                     "movimientos no se reflejaran en la Balanza.",
-                     polizas, "");
+        } else {
+            registra(kTextoCancelada);
         }
     }
     std::vector<Valor> valores = delMes.valores;
@@ -186,10 +249,8 @@ void VerificaCuadrePolizas(Sesion& s, const std::string& mes) {
     // The bar and the label as a walk would have left them.
     const size_t total = noCuadradas + static_cast<size_t>(cuadradas);
     MaximoProgreso(s, total);
-    Consulta ultima = UltimaPolizaDelMes(db, "Polizas_Tmp", delMes.condicion, delMes.valores);
-    if (!ultima.vacia())
-        EtiquetaProgreso(s, "Verificando cuadre de Pol. " + SiNuloTexto(ultima["Poliza"]) + ", " +
-                                SiNuloTexto(ultima["Tipo"]) + ", " + NombreMesDosDigitos(mes));
+    if (ultima)
+        EtiquetaProgreso(s, EtiquetaCuadre(SiNuloTexto(ultima->poliza), SiNuloTexto(ultima->tipo), mes));
     AvanceProgreso(s, total);
 }
 
