@@ -109,46 +109,15 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
     return Celda(clase, SiNuloTexto(linea.campo(2)) == "D", linea.campo(3).moneda(), mes);
 }
 
-/// The month's posting summed by the engine, one row per account, kind of
-/// voucher and side, added to `sumas` as Asiento would add each line. False,
-/// with `sumas` untouched, when a line cannot go this way: its account has
-/// no row to post to (the walk logs each such line) or its amount is not
-/// stored as an exact integer.
-bool SumaPorCuentasEnSql(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
-                         const std::vector<Valor>& valores, int mes, Sumas& sumas) {
-    Consulta grupos = ConsultaCon(
-        db,
-        "SELECT d.Cuenta, p.Clase, d.TipoMov = 'D' COLLATE BINARY AS Cargo, SUM(d.Importe), "
-        "SUM(typeof(d.Importe) NOT IN ('integer', 'null')) "
-        "FROM (SELECT IdPoliza, CASE WHEN IFNULL(Poliza_Mes13,0) <> 0 THEN 1 WHEN IFNULL(Poliza_Ajuste,0) <> 0 "
-        "THEN 2 ELSE 0 END AS Clase FROM Polizas WHERE " + condicion + ") p "
-        "JOIN Polizas_Detalle d ON d.IdPoliza = p.IdPoliza GROUP BY d.Cuenta, p.Clase, Cargo",
-        valores);
-    Sumas parciales;
-    for (grupos.primero(); !grupos.eof(); grupos.siguiente()) {
-        const Valor& tipoMov = grupos.campo(2);
-        DestinoLinea destino = destinos.destino(SiNuloTexto(grupos.campo(0)), tipoMov, grupos.campo(3));
-        if (!destino.fila || grupos.campo(4).entero() != 0) return false;
-        auto [columna, importe] =
-            Celda(static_cast<int>(grupos.campo(1).entero()), tipoMov.booleano(), grupos.campo(3).moneda(), mes);
-        parciales[{*destino.fila, columna}] += importe;
-    }
-    for (const auto& [celda, importe] : parciales) sumas[celda] += importe;
-    return true;
-}
-
-/// The same sums from one read of the month's vouchers and one of their
-/// lines, grouped in memory: the engine's grouping sorted every line. Goes
-/// to SumaPorCuentasEnSql when an id or an amount is not an exact integer or
-/// an IdPoliza is repeated. `ultima` gets the Poliza and Tipo of the last
-/// voucher by IdPoliza, the one a walk ends on.
+/// The month's posting as Asiento would add each line, summed in memory by
+/// account, kind of voucher and side from one read of the month's vouchers
+/// and one of their lines, and added to `sumas`; each account is looked up
+/// once. False, with `sumas` untouched, when the walk must post the month:
+/// an account has no row to post to (the walk logs each such line), or an
+/// IdPoliza is not an exact integer or is repeated. `ultima` gets the Poliza
+/// and Tipo of the last voucher by IdPoliza, the one a walk ends on.
 bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
                     const std::vector<Valor>& valores, int mes, Sumas& sumas, std::string& ultima) {
-    auto enSql = [&] {
-        Consulta u = UltimaPolizaDelMes(db, "Polizas", condicion, valores);
-        if (!u.vacia()) ultima = SiNuloTexto(u["Poliza"]) + " de " + SiNuloTexto(u["Tipo"]);
-        return SumaPorCuentasEnSql(destinos, db, condicion, valores, mes, sumas);
-    };
     std::unordered_map<std::int64_t, int> clases;
     Sentencia& polizas = db.preparada("SELECT IdPoliza, CASE WHEN IFNULL(Poliza_Mes13,0) <> 0 THEN 1 WHEN "
                                       "IFNULL(Poliza_Ajuste,0) <> 0 THEN 2 ELSE 0 END, rowid, Poliza, Tipo "
@@ -168,7 +137,7 @@ bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::strin
         }
     }
     polizas.reinicia();
-    if (!exactas) return enSql();
+    if (!exactas) return false;
     struct Grupo {
         std::string cuenta;
         int clase;
@@ -184,16 +153,16 @@ bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::strin
     lineas.reinicia();
     for (size_t i = 0; i < valores.size(); ++i) lineas.liga(static_cast<int>(i) + 1, valores[i]);
     while (exactas && lineas.paso()) {
-        const Valor id = lineas.columna(0), importe = lineas.columna(3);
+        const Valor id = lineas.columna(0);
         auto clase = id.esEntero() ? clases.find(id.entero()) : clases.end();
-        exactas = clase != clases.end() && (importe.esNulo() || importe.esEntero());
+        exactas = clase != clases.end();
         if (!exactas) break;
         const Valor tipo = lineas.columna(2);
         const bool cargo = tipo.esTexto() && tipo.texto() == "D";
-        grupos[Grupo{SiNuloTexto(lineas.columna(1)), clase->second, cargo}] += importe.moneda();
+        grupos[Grupo{SiNuloTexto(lineas.columna(1)), clase->second, cargo}] += lineas.columna(3).moneda();
     }
     lineas.reinicia();
-    if (!exactas) return enSql();
+    if (!exactas) return false;
     Sumas parciales;
     for (const auto& [g, importe] : grupos) {
         DestinoLinea destino = destinos.destino(g.cuenta, Valor(), Valor());

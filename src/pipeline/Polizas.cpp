@@ -130,27 +130,10 @@ std::unordered_set<std::string> CuentasConocidas(BaseDatos& db) {
 /// Debits less credits of each voucher of the month whose lines do not
 /// cancel out, by IdPoliza. Only the lines whose account the temporary chart
 /// or the company's chart knows count; a "D" is a debit, anything else a
-/// credit. Summed by the engine, for a store whose ids or amounts are not
-/// all exact integers.
-std::unordered_map<std::int64_t, Moneda> DiferenciasDelMesEnSql(BaseDatos& db, const FiltroMes& delMes) {
-    const std::string importe =
-        "CASE WHEN d.TipoMov = 'D' COLLATE BINARY THEN IFNULL(d.Importe, 0) ELSE -IFNULL(d.Importe, 0) END";
-    Consulta c = ConsultaCon(
-        db,
-        "SELECT d.IdPoliza, SUM(" + importe + ") FROM Polizas_Detalle_Tmp d "
-        "WHERE d.IdPoliza IN (SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ") "
-        "AND (EXISTS (SELECT 1 FROM CuentasTmp.Cuentas c WHERE c.CuentaSinSeparadores = d.Cuenta) OR "
-        "EXISTS (SELECT 1 FROM main.Cuentas c WHERE c.Cuenta = d.Cuenta)) "
-        "GROUP BY d.IdPoliza HAVING SUM(" + importe + ") <> 0",
-        delMes.valores);
-    std::unordered_map<std::int64_t, Moneda> r;
-    for (c.primero(); !c.eof(); c.siguiente()) r.emplace(c.campo(0).entero(), c.campo(1).moneda());
-    return r;
-}
-
-/// The same from one read of the month's lines, summed in exact money with
-/// the known accounts in memory: a look-up in each chart for every line cost
-/// more than reading the lines.
+/// credit. One read of the month's lines, each amount taken as the walk
+/// voucher by voucher took it and summed in exact money, with the known
+/// accounts in memory: a look-up in each chart for every line cost more than
+/// reading the lines.
 std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const FiltroMes& delMes) {
     const auto conocidas = CuentasConocidas(db);
     Sentencia& st = db.preparada("SELECT d.IdPoliza, d.Cuenta, d.TipoMov, d.Importe FROM Polizas_Detalle_Tmp d "
@@ -159,16 +142,11 @@ std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const 
     for (size_t i = 0; i < delMes.valores.size(); ++i) st.liga(static_cast<int>(i) + 1, delMes.valores[i]);
     std::unordered_map<std::int64_t, Moneda> sumas;
     while (st.paso()) {
-        const Valor id = st.columna(0), importe = st.columna(3);
-        if (!id.esEntero() || (!importe.esNulo() && !importe.esEntero())) {
-            st.reinicia();
-            return DiferenciasDelMesEnSql(db, delMes);
-        }
-        const Valor cuenta = st.columna(1);
-        if (!cuenta.esTexto() || !conocidas.count(SinMayusculasAscii(cuenta.texto()))) continue;
+        const Valor id = st.columna(0), cuenta = st.columna(1);
+        if (id.esNulo() || !cuenta.esTexto() || !conocidas.count(SinMayusculasAscii(cuenta.texto()))) continue;
         const Valor tipo = st.columna(2);
-        const bool cargo = tipo.esTexto() && tipo.texto() == "D";
-        sumas[id.entero()] += cargo ? importe.moneda() : -importe.moneda();
+        const Moneda importe = st.columna(3).moneda();
+        sumas[id.entero()] += tipo.esTexto() && tipo.texto() == "D" ? importe : -importe;
     }
     st.reinicia();
     std::unordered_map<std::int64_t, Moneda> r;
