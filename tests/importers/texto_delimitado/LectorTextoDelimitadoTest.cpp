@@ -318,6 +318,24 @@ TEST_F(LecturaTexto, DivisionYCampos) {
         {"a\tb", "\t", {"a", "b"}},
     };
     for (auto& c : casos) EXPECT_EQ(DivideLinea(c.linea, c.separador), c.partes) << c.linea;
+
+    // One row filled again for each line: a narrower line keeps no cell of
+    // the wider one before it, and the quotes go before the split.
+    for (const char* separador : {"|", "Xy"}) {
+        std::string sep = separador, sepOtro = sep == "|" ? "|" : "xY";
+        std::string ruta = Archivo("filas.txt", "a" + sep + "b" + sepOtro + "c\n\"x\"" + sep + "y\n\"\"\nsolo\n");
+        FuenteTextoDelimitado fuente(ruta, sep, true);
+        EXPECT_EQ(fuente.totalEstimado(), 4);
+        std::vector<std::vector<std::string>> leidas;
+        Fila f;
+        while (fuente.siguiente(f)) {
+            leidas.emplace_back();
+            for (auto& celda : f.celdas) leidas.back().push_back(celda.comoTexto());
+        }
+        EXPECT_EQ(leidas, (std::vector<std::vector<std::string>>{{"a", "b", "c"}, {"x", "y"}, {}, {"solo"}}))
+            << separador;
+    }
+
     Fila fila;
     fila.celdas = {Celda::texto(" a "), Celda::texto("b")};
     EXPECT_EQ(fila.campo(1), "a");
