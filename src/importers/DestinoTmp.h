@@ -209,6 +209,16 @@ private:
     std::unordered_set<std::string> cuentasTmp_;       // CuentaSinSeparadores, folded
     std::unordered_set<std::string> cuentasEnBitacora_;  // accounts the log already names, folded
     std::unique_ptr<BaseDatos> ajustes_;                 // AjYRcl_Tmp, once opened
+    // The INSERT of a voucher and of a line, kept while their connection
+    // keeps its statements: a row then costs no look-up of its SQL.
+    struct Guardada {
+        BaseDatos* db = nullptr;
+        std::uint64_t generacion = 0;
+        Sentencia* st = nullptr;
+    };
+    Guardada insertaPoliza_, insertaPartida_;
+    std::string apoyo_, apoyo2_;  // texts of the row being written, with their room kept
+    Sentencia& guardada(Guardada& g, BaseDatos& db, const char* sql);
 
     long siguienteIdPoliza();
     long escribePoliza(const PolizaLeida& p);
