@@ -134,8 +134,8 @@ long DestinoTmp::escribePoliza(const PolizaLeida& p) {
     const std::string tipo = Corta(p.Tipo, reglas_.largoTipo);
     const std::string fecha = p.Fecha.iso();
     const std::string concepto = Izquierda(SinEspeciales(p.Concepto, apoyo_), 255);
+    // Left reset and without values by the row before (ejecutaYOlvida).
     Sentencia& st = guardada(insertaPoliza_, db, kInsertaPoliza);
-    st.reinicia();
     st.ligaEntero(1, id)
         .ligaTexto(2, p.Poliza, false)
         .ligaTexto(3, tipo, false)
@@ -158,7 +158,15 @@ long DestinoTmp::poliza(const PolizaLeida& p) {
         return ultima_->id;
     const std::string tipo = Corta(p.Tipo, reglas_.largoTipo);
     const bool buscable = !reglas_.agrupaConTipoCompleto || tipo.size() == p.Tipo.size();
-    std::string clave = Pliega(p.Poliza) + '\x1f' + Pliega(tipo) + '\x1f' + p.Fecha.iso() + (p.Mes13 ? "\x1f" "13" : "");
+    std::string& clave = clave_;
+    clave.assign(p.Poliza);
+    clave += '\x1f';
+    clave += tipo;
+    for (char& c : clave)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    clave += '\x1f';
+    clave += p.Fecha.iso();
+    if (p.Mes13) clave += "\x1f" "13";
     if (buscable) {
         auto it = porIdentidad_.find(clave);
         if (it != porIdentidad_.end()) {
@@ -167,7 +175,7 @@ long DestinoTmp::poliza(const PolizaLeida& p) {
         }
     }
     long id = escribePoliza(p);
-    porIdentidad_.emplace(std::move(clave), id);
+    porIdentidad_.emplace(clave, id);
     if (buscable) ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, id};
     else ultima_.reset();
     return id;
@@ -183,7 +191,6 @@ void DestinoTmp::agregaPartida(long idPoliza, const PartidaLeida& l) {
     // The texts bound stand in `l` and here until the row is written.
     const std::string& referencia = SinEspeciales(l.Referencia, apoyo2_);
     Sentencia& st = guardada(insertaPartida_, Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp), kInsertaPartida);
-    st.reinicia();
     st.ligaEntero(1, idPoliza)
         .ligaTexto(2, l.Cuenta, false)
         .ligaTexto(3, l.TipoMov, false)

@@ -218,6 +218,7 @@ private:
     };
     Guardada insertaPoliza_, insertaPartida_;
     std::string apoyo_, apoyo2_;  // texts of the row being written, with their room kept
+    std::string clave_;           // the key poliza() builds, with its room kept
     Sentencia& guardada(Guardada& g, BaseDatos& db, const char* sql);
 
     long siguienteIdPoliza();

@@ -47,8 +47,27 @@ struct LecturaPartida {
     PolizaLeida p;
     PartidaLeida l;
     Movimiento mov;
-    std::string apoyo;
+    std::string apoyo, textoFecha;
 };
+
+// TextoFecha into `t`, with the fields read in place.
+void TextoFechaEn(const EstructuraDatosTxt& c, const Fila& fila, std::string& t, std::string& apoyo) {
+    if (c.PIniDia < 1 || c.PIniMes < 1 || c.PIniAnio < 1) {
+        t.assign(fila.campoVista(c.PIniDia, apoyo));
+        return;
+    }
+    t.clear();
+    const int columnas[3] = {c.PIniDia, c.PIniMes, c.PIniAnio};
+    for (int i = 0; i < 3; ++i) {
+        std::string_view parte = fila.campoVista(columnas[i], apoyo);
+        if (parte.empty()) {
+            t.clear();
+            return;
+        }
+        if (i > 0) t += '/';
+        t += parte;
+    }
+}
 
 void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
                         const Fila& fila, LecturaPartida& lp, CuentasDeLineas& cuentas) {
@@ -56,7 +75,8 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, c
     PartidaLeida& l = lp.l;
     p.Poliza.assign(fila.campoVista(c.PIniNumPol, lp.apoyo));
     p.Tipo.assign(fila.campoVista(c.PIniTipo, lp.apoyo));
-    std::string textoFecha = TextoFecha(c, fila);
+    std::string& textoFecha = lp.textoFecha;
+    TextoFechaEn(c, fila, textoFecha, lp.apoyo);
     std::optional<Fecha> fecha;
     if (!textoFecha.empty()) {
         fecha = LeeFecha(textoFecha);
