@@ -167,15 +167,25 @@ long DestinoTmp::poliza(const PolizaLeida& p) {
     clave += '\x1f';
     clave += p.Fecha.iso();
     if (p.Mes13) clave += "\x1f" "13";
+    long id;
     if (buscable) {
-        auto it = porIdentidad_.find(clave);
-        if (it != porIdentidad_.end()) {
+        // One look-up finds the voucher or makes its place.
+        auto [it, nueva] = porIdentidad_.try_emplace(clave, 0);
+        if (!nueva) {
             ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, it->second};
             return it->second;
         }
+        try {
+            id = escribePoliza(p);
+        } catch (...) {
+            porIdentidad_.erase(it);
+            throw;
+        }
+        it->second = id;
+    } else {
+        id = escribePoliza(p);
+        porIdentidad_.emplace(clave, id);
     }
-    long id = escribePoliza(p);
-    porIdentidad_.emplace(clave, id);
     if (buscable) ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, id};
     else ultima_.reset();
     return id;
@@ -185,9 +195,15 @@ long DestinoTmp::nuevaPoliza(const PolizaLeida& p) { return escribePoliza(p); }
 
 void DestinoTmp::agregaPartida(long idPoliza, const PartidaLeida& l) {
     if (l.Cuenta.empty()) return;
-    auto it = polizas_.find(idPoliza);
-    if (it == polizas_.end()) throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
-    PolizaEscrita& p = it->second;
+    // A voucher's lines mostly come one after another: the last one found
+    // is asked first (the map's entries stay where they are).
+    if (!ultimaEscrita_ || ultimaEscrita_->first != idPoliza) {
+        auto it = polizas_.find(idPoliza);
+        if (it == polizas_.end())
+            throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
+        ultimaEscrita_ = &*it;
+    }
+    PolizaEscrita& p = ultimaEscrita_->second;
     // The texts bound stand in `l` and here until the row is written.
     const std::string& referencia = SinEspeciales(l.Referencia, apoyo2_);
     Sentencia& st = guardada(insertaPartida_, Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp), kInsertaPartida);

@@ -192,6 +192,7 @@ private:
     Sesion& s_;
     ReglasDestino reglas_;
     std::unordered_map<long, PolizaEscrita> polizas_;
+    std::pair<const long, PolizaEscrita>* ultimaEscrita_ = nullptr;  // the entry agregaPartida last used
     std::unordered_map<std::string, long> porIdentidad_;
     // The voucher poliza() last found or wrote by its identity, as the
     // reader gave it: a source gives a voucher's lines one after another,
