@@ -106,10 +106,6 @@ std::FILE* Abre(const std::string& ruta) { return std::fopen(ruta.c_str(), "rb")
     throw ErrorLectura("No se pudo abrir el archivo " + ruta, ruta, 0);
 }
 
-}  // namespace
-
-namespace {
-
 // DecodificaWindows1252 into `r`, whose room is kept: runs of ASCII are
 // copied whole.
 void Decodifica1252En(std::string& r, std::string_view bytes) {
