@@ -197,7 +197,11 @@ DiagnosticoTexto AnalizaTexto(const std::string& ruta) {
     char ultimo = '\n';  // the file's last byte: a line open at the end counts
     for (size_t n; (n = std::fread(bloque.data(), 1, bloque.size(), f)) > 0;) {
         ultimo = bloque[n - 1];
-        std::string trozo = resto + std::string(bloque.data(), n);
+        // The block is looked at where it was read; only a sequence cut by
+        // the block before is joined to it.
+        std::string unido;
+        if (!resto.empty()) unido = resto + std::string(bloque.data(), n);
+        const std::string_view trozo = resto.empty() ? std::string_view(bloque.data(), n) : std::string_view(unido);
         resto.clear();
         size_t desde = 0;
         if (primero) {
@@ -230,7 +234,7 @@ DiagnosticoTexto AnalizaTexto(const std::string& ruta) {
             trasCR = false;
             int largo = SecuenciaUtf8(p + i, trozo.size() - i);
             if (largo < 0) {  // finished by the next block
-                resto = trozo.substr(i);
+                resto = std::string(trozo.substr(i));
                 break;
             }
             if (largo > 0) {

@@ -118,6 +118,11 @@ TEST(ArchivoTexto, LaEvidenciaSeDecideSobreTodoElArchivoYSeAvisaCuandoEsMixta) {
     // Clean evidence says nothing.
     EXPECT_EQ(ArchivoTexto(Escribe(c, "Cami\xC3\xB3n\n")).aviso(), "");
     EXPECT_EQ(ArchivoTexto(Escribe(c, "Cami\xF3n\n")).aviso(), "");
+    // A sequence cut by the end of a block is joined to the rest of it.
+    d = AnalizaTexto(Escribe(c, std::string(65535, 'a') + "\xC3\xB1" + std::string(65535, 'b') + "\xE2\x82\xAC\n"));
+    EXPECT_EQ(d.secuenciasUtf8, 2);
+    EXPECT_EQ(d.bytesSueltos, 0);
+    EXPECT_EQ(d.lineas, 1);
     // A sequence cut by the end of the file is a stray byte, not a sequence.
     d = AnalizaTexto(Escribe(c, "a\xC3\xB1o \xE2\x82"));
     EXPECT_EQ(d.secuenciasUtf8, 1);
