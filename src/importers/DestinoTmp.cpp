@@ -27,6 +27,25 @@ std::string Pliega(const std::string& t) {
 
 std::string Corta(const std::string& t, size_t largo) { return largo == 0 ? t : Izquierda(t, largo); }
 
+// QuitaCaracteresEspeciales of `t`: `t` itself when it has none of them,
+// else the text made in `apoyo`.
+const std::string& SinEspeciales(const std::string& t, std::string& apoyo) {
+    bool alguno = false;
+    for (char c : t) alguno = alguno || c == '\'' || c == '|' || c == '~';
+    if (!alguno) return t;
+    apoyo = QuitaCaracteresEspeciales(t);
+    return apoyo;
+}
+
+constexpr const char* kInsertaPoliza =
+    "INSERT INTO Polizas_Tmp.Polizas_Tmp (IdPoliza, Poliza, Tipo, Fecha, Concepto, "
+    "Poliza_Deshabilitada, Poliza_Mes13, Poliza_Ajuste, Cuadrada, Revisado) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, 0, 0)";
+
+constexpr const char* kInsertaPartida =
+    "INSERT INTO Polizas_Detalle_Tmp.Polizas_Detalle_Tmp "
+    "(IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?, ?, ?, ?, ?, ?)";
+
 std::string TextoCuentaFueraDeCatalogo(const std::string& cuenta) {
     return "La Cuenta " + cuenta + " no existe en el catálogo.";
 }
@@ -98,16 +117,34 @@ long DestinoTmp::siguienteIdPoliza() {
     return siguienteId_++;
 }
 
+Sentencia& DestinoTmp::guardada(Guardada& g, BaseDatos& db, const char* sql) {
+    if (g.db != &db || g.generacion != db.generacionPreparadas()) {
+        g.st = &db.preparada(sql);
+        g.db = &db;
+        g.generacion = db.generacionPreparadas();
+    }
+    return *g.st;
+}
+
 long DestinoTmp::escribePoliza(const PolizaLeida& p) {
     BaseDatos& db = Almacen(s_.DbPolizasTmp, kPolizasTmp);
     Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp);
     long id = siguienteIdPoliza();
-    db.preparada("INSERT INTO Polizas_Tmp.Polizas_Tmp (IdPoliza, Poliza, Tipo, Fecha, Concepto, "
-                 "Poliza_Deshabilitada, Poliza_Mes13, Poliza_Ajuste, Cuadrada, Revisado) "
-                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?, 0, 0)")
-        .con(id, p.Poliza, Corta(p.Tipo, reglas_.largoTipo), p.Fecha,
-             Izquierda(QuitaCaracteresEspeciales(p.Concepto), 255), p.Deshabilitada, p.Mes13, p.Ajuste)
-        .ejecuta();
+    // The texts bound stand here until the row is written.
+    const std::string tipo = Corta(p.Tipo, reglas_.largoTipo);
+    const std::string fecha = p.Fecha.iso();
+    const std::string concepto = Izquierda(SinEspeciales(p.Concepto, apoyo_), 255);
+    // Left reset and without values by the row before (ejecutaYOlvida).
+    Sentencia& st = guardada(insertaPoliza_, db, kInsertaPoliza);
+    st.ligaEntero(1, id)
+        .ligaTexto(2, p.Poliza, false)
+        .ligaTexto(3, tipo, false)
+        .ligaTexto(4, fecha, false)
+        .ligaTexto(5, concepto, false)
+        .ligaEntero(6, p.Deshabilitada ? -1 : 0)
+        .ligaEntero(7, p.Mes13 ? -1 : 0)
+        .ligaEntero(8, p.Ajuste ? -1 : 0);
+    st.ejecutaYOlvida();
     polizas_[id] = PolizaEscrita{p.Poliza, p.Tipo, p.Fecha, 0};
     return id;
 }
@@ -121,16 +158,34 @@ long DestinoTmp::poliza(const PolizaLeida& p) {
         return ultima_->id;
     const std::string tipo = Corta(p.Tipo, reglas_.largoTipo);
     const bool buscable = !reglas_.agrupaConTipoCompleto || tipo.size() == p.Tipo.size();
-    std::string clave = Pliega(p.Poliza) + '\x1f' + Pliega(tipo) + '\x1f' + p.Fecha.iso() + (p.Mes13 ? "\x1f" "13" : "");
+    std::string& clave = clave_;
+    clave.assign(p.Poliza);
+    clave += '\x1f';
+    clave += tipo;
+    for (char& c : clave)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    clave += '\x1f';
+    clave += p.Fecha.iso();
+    if (p.Mes13) clave += "\x1f" "13";
+    long id;
     if (buscable) {
-        auto it = porIdentidad_.find(clave);
-        if (it != porIdentidad_.end()) {
+        // One look-up finds the voucher or makes its place.
+        auto [it, nueva] = porIdentidad_.try_emplace(clave, 0);
+        if (!nueva) {
             ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, it->second};
             return it->second;
         }
+        try {
+            id = escribePoliza(p);
+        } catch (...) {
+            porIdentidad_.erase(it);
+            throw;
+        }
+        it->second = id;
+    } else {
+        id = escribePoliza(p);
+        porIdentidad_.emplace(clave, id);
     }
-    long id = escribePoliza(p);
-    porIdentidad_.emplace(std::move(clave), id);
     if (buscable) ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, id};
     else ultima_.reset();
     return id;
@@ -140,14 +195,25 @@ long DestinoTmp::nuevaPoliza(const PolizaLeida& p) { return escribePoliza(p); }
 
 void DestinoTmp::agregaPartida(long idPoliza, const PartidaLeida& l) {
     if (l.Cuenta.empty()) return;
-    auto it = polizas_.find(idPoliza);
-    if (it == polizas_.end()) throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
-    PolizaEscrita& p = it->second;
-    Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp)
-        .preparada("INSERT INTO Polizas_Detalle_Tmp.Polizas_Detalle_Tmp "
-                   "(IdPoliza, Cuenta, TipoMov, Importe, Referencia, Partida) VALUES (?, ?, ?, ?, ?, ?)")
-        .con(idPoliza, l.Cuenta, l.TipoMov, l.Importe, QuitaCaracteresEspeciales(l.Referencia), ++p.ultimaPartida)
-        .ejecuta();
+    // A voucher's lines mostly come one after another: the last one found
+    // is asked first (the map's entries stay where they are).
+    if (!ultimaEscrita_ || ultimaEscrita_->first != idPoliza) {
+        auto it = polizas_.find(idPoliza);
+        if (it == polizas_.end())
+            throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
+        ultimaEscrita_ = &*it;
+    }
+    PolizaEscrita& p = ultimaEscrita_->second;
+    // The texts bound stand in `l` and here until the row is written.
+    const std::string& referencia = SinEspeciales(l.Referencia, apoyo2_);
+    Sentencia& st = guardada(insertaPartida_, Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp), kInsertaPartida);
+    st.ligaEntero(1, idPoliza)
+        .ligaTexto(2, l.Cuenta, false)
+        .ligaTexto(3, l.TipoMov, false)
+        .ligaEntero(4, l.Importe.diezmilesimas())
+        .ligaTexto(5, referencia, false)
+        .ligaEntero(6, ++p.ultimaPartida);
+    st.ejecutaYOlvida();
     ++partidas_;
     if (!cuentaConocida(l.Cuenta)) registraCuentaInexistente(p, l);
 }

@@ -192,6 +192,7 @@ private:
     Sesion& s_;
     ReglasDestino reglas_;
     std::unordered_map<long, PolizaEscrita> polizas_;
+    std::pair<const long, PolizaEscrita>* ultimaEscrita_ = nullptr;  // the entry agregaPartida last used
     std::unordered_map<std::string, long> porIdentidad_;
     // The voucher poliza() last found or wrote by its identity, as the
     // reader gave it: a source gives a voucher's lines one after another,
@@ -209,6 +210,17 @@ private:
     std::unordered_set<std::string> cuentasTmp_;       // CuentaSinSeparadores, folded
     std::unordered_set<std::string> cuentasEnBitacora_;  // accounts the log already names, folded
     std::unique_ptr<BaseDatos> ajustes_;                 // AjYRcl_Tmp, once opened
+    // The INSERT of a voucher and of a line, kept while their connection
+    // keeps its statements: a row then costs no look-up of its SQL.
+    struct Guardada {
+        BaseDatos* db = nullptr;
+        std::uint64_t generacion = 0;
+        Sentencia* st = nullptr;
+    };
+    Guardada insertaPoliza_, insertaPartida_;
+    std::string apoyo_, apoyo2_;  // texts of the row being written, with their room kept
+    std::string clave_;           // the key poliza() builds, with its room kept
+    Sentencia& guardada(Guardada& g, BaseDatos& db, const char* sql);
 
     long siguienteIdPoliza();
     long escribePoliza(const PolizaLeida& p);

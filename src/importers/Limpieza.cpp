@@ -1,5 +1,7 @@
 #include "importers/Limpieza.h"
 
+#include <cstdint>
+
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Inconsistencias.h"
 #include "platform/Numeros.h"
@@ -59,15 +61,16 @@ void ReglaLongitudCompleta(Sesion& s, std::string& cuenta, int& nivel) {
 CuentasDeLineas::CuentasDeLineas(Sesion& s, OrdenLimpieza orden, bool cortaCompletas)
     : s_(s), formato_(FormatoCuenta::De(s)), orden_(orden), cortaCompletas_(cortaCompletas) {}
 
-std::string CuentasDeLineas::limpia(const std::string& texto) {
+const std::string& CuentasDeLineas::limpia(std::string_view texto) {
     if (auto it = hechas_.find(texto); it != hechas_.end()) return it->second;
-    std::string cuenta = LimpiaCuenta(formato_, texto, orden_, false);
+    std::string cuenta = LimpiaCuenta(formato_, std::string(texto), orden_, false);
     int nivel = 0;
     if (cortaCompletas_) ReglaLongitudCompleta(s_, cuenta, nivel);
     // A source of endless distinct codes is cleaned line by line past this.
     constexpr size_t kMaximo = 100000;
-    if (hechas_.size() < kMaximo) hechas_.emplace(texto, cuenta);
-    return cuenta;
+    if (hechas_.size() < kMaximo) return hechas_.emplace(std::string(texto), std::move(cuenta)).first->second;
+    sinGuardar_ = std::move(cuenta);
+    return sinGuardar_;
 }
 
 std::string LimpiaImporte(const std::string& texto, const std::string& vacio) {
@@ -84,6 +87,39 @@ std::optional<Moneda> ConvierteImporte(const std::string& t) {
     auto m = Moneda::desdeTexto(t);
     if (!m) throw FalloFila("Desbordamiento: el importe " + t + " excede el rango de la moneda");
     return m;
+}
+
+namespace {
+
+// The exact value of a plain amount: an optional "-", 1 to 14 digits, and
+// optionally "." with up to 4 more; what Moneda::desdeTexto gives for it.
+// Nothing for any other text, which takes the general way.
+std::optional<Moneda> ImporteSencillo(std::string_view t) {
+    size_t i = 0;
+    const size_t n = t.size();
+    const bool negativo = n > 0 && t[0] == '-';
+    if (negativo) ++i;
+    const size_t inicio = i;
+    std::int64_t v = 0;
+    for (; i < n && t[i] >= '0' && t[i] <= '9'; ++i) v = v * 10 + (t[i] - '0');
+    if (i == inicio || i - inicio > 14) return std::nullopt;
+    int decimales = 0;
+    if (i < n && t[i] == '.')
+        for (++i; i < n && t[i] >= '0' && t[i] <= '9' && decimales < 4; ++i, ++decimales) v = v * 10 + (t[i] - '0');
+    if (i != n) return std::nullopt;
+    for (; decimales < 4; ++decimales) v *= 10;
+    return Moneda::desdeDiezmilesimas(negativo ? -v : v);
+}
+
+}  // namespace
+
+std::optional<Moneda> ImporteLimpio(std::string_view texto, std::string_view vacio) {
+    if (texto.empty()) {
+        if (auto m = ImporteSencillo(vacio)) return m;
+        return ConvierteImporte(std::string(vacio));
+    }
+    if (auto m = ImporteSencillo(texto)) return m;
+    return ConvierteImporte(LimpiaImporte(std::string(texto), std::string(vacio)));
 }
 
 Moneda ImporteRequerido(const std::string& t) {

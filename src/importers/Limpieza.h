@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "accounts/CodigosCuenta.h"
@@ -57,14 +58,21 @@ void ReglaLongitudCompleta(Sesion& s, std::string& cuenta, int& nivel);
 class CuentasDeLineas {
 public:
     CuentasDeLineas(Sesion& s, OrdenLimpieza orden, bool cortaCompletas);
-    std::string limpia(const std::string& texto);
+    /// The cleaned code; good until the next call.
+    const std::string& limpia(std::string_view texto);
 
 private:
     Sesion& s_;
     FormatoCuenta formato_;
     OrdenLimpieza orden_;
     bool cortaCompletas_;
-    std::unordered_map<std::string, std::string> hechas_;
+    // Looked up by the field's text as it stands in the row, without a copy.
+    struct Hash {
+        using is_transparent = void;
+        size_t operator()(std::string_view t) const { return std::hash<std::string_view>{}(t); }
+    };
+    std::unordered_map<std::string, std::string, Hash, std::equal_to<>> hechas_;
+    std::string sinGuardar_;  // past the limit: the code of the last call
 };
 
 /// Amount text as every reader cleans it: empty gives `vacio`; a text that
@@ -74,6 +82,10 @@ std::string LimpiaImporte(const std::string& texto, const std::string& vacio);
 /// The Currency value of a cleaned amount; nothing when the text is not
 /// numeric. A numeric text beyond Currency's range throws FalloFila.
 std::optional<Moneda> ConvierteImporte(const std::string& texto);
+
+/// ConvierteImporte(LimpiaImporte(texto, vacio)), without a copy for the
+/// plain amounts most files hold ("1234.5", "-0.25", "0").
+std::optional<Moneda> ImporteLimpio(std::string_view texto, std::string_view vacio);
 
 /// As ConvierteImporte, but a text that is not numeric throws FalloFila.
 Moneda ImporteRequerido(const std::string& texto);

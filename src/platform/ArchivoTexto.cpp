@@ -1,6 +1,8 @@
 #include "platform/ArchivoTexto.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 
 #include "platform/ErrorLectura.h"
@@ -63,18 +65,69 @@ void Agrega1252(std::string& r, unsigned char b) {
 
 constexpr char kBom[] = "\xEF\xBB\xBF";
 
+// Eight bytes at a time: most of a text file is plain ASCII between line
+// ends, and is passed over a word at a time. Each mask has the top bit of
+// the bytes it names set, and those only.
+constexpr std::uint64_t kBajos = 0x7F7F7F7F7F7F7F7FULL, kAltos = 0x8080808080808080ULL;
+constexpr std::uint64_t Repite(unsigned char b) { return 0x0101010101010101ULL * b; }
+
+std::uint64_t Palabra(const char* p) {
+    std::uint64_t w;
+    std::memcpy(&w, p, sizeof w);
+    if constexpr (std::endian::native == std::endian::big) w = __builtin_bswap64(w);
+    return w;
+}
+
+// The bytes of `w` that are 0.
+std::uint64_t Ceros(std::uint64_t w) { return ~(((w & kBajos) + kBajos) | w) & kAltos; }
+
+// The bytes that end a line.
+std::uint64_t FinesDe(std::uint64_t w) { return Ceros(w ^ Repite('\r')) | Ceros(w ^ Repite('\n')); }
+
+// The first CR or LF in [p, fin); `fin` when there is none.
+const char* BuscaFinDeLinea(const char* p, const char* fin) {
+    for (; fin - p >= 8; p += 8)
+        if (std::uint64_t m = FinesDe(Palabra(p))) return p + std::countr_zero(m) / 8;
+    while (p < fin && *p != '\n' && *p != '\r') ++p;
+    return p;
+}
+
+// True when a byte of [p, fin) is above 127.
+bool TieneAltos(const char* p, const char* fin) {
+    std::uint64_t o = 0;
+    for (; fin - p >= 8; p += 8) o |= Palabra(p);
+    for (; p < fin; ++p) o |= static_cast<unsigned char>(*p);
+    return (o & kAltos) != 0;
+}
+
 std::FILE* Abre(const std::string& ruta) { return std::fopen(ruta.c_str(), "rb"); }
 
 [[noreturn]] void NoSePuedeAbrir(const std::string& ruta) {
     throw ErrorLectura("No se pudo abrir el archivo " + ruta, ruta, 0);
 }
 
+// DecodificaWindows1252 into `r`, whose room is kept: runs of ASCII are
+// copied whole.
+void Decodifica1252En(std::string& r, std::string_view bytes) {
+    r.clear();
+    r.reserve(bytes.size() + bytes.size() / 8);
+    const char* p = bytes.data();
+    const char* fin = p + bytes.size();
+    while (p < fin) {
+        const char* q = p;
+        while (q < fin && static_cast<unsigned char>(*q) < 0x80) ++q;
+        r.append(p, q);
+        if (q == fin) break;
+        Agrega1252(r, static_cast<unsigned char>(*q));
+        p = q + 1;
+    }
+}
+
 }  // namespace
 
 std::string DecodificaWindows1252(std::string_view bytes) {
     std::string r;
-    r.reserve(bytes.size() + bytes.size() / 8);
-    for (unsigned char b : bytes) Agrega1252(r, b);
+    Decodifica1252En(r, bytes);
     return r;
 }
 
@@ -141,8 +194,14 @@ DiagnosticoTexto AnalizaTexto(const std::string& ruta) {
     std::string resto;  // the start of a sequence cut by the end of a block
     long linea = 1;
     bool trasCR = false, primero = true;
+    char ultimo = '\n';  // the file's last byte: a line open at the end counts
     for (size_t n; (n = std::fread(bloque.data(), 1, bloque.size(), f)) > 0;) {
-        std::string trozo = resto + std::string(bloque.data(), n);
+        ultimo = bloque[n - 1];
+        // The block is looked at where it was read; only a sequence cut by
+        // the block before is joined to it.
+        std::string unido;
+        if (!resto.empty()) unido = resto + std::string(bloque.data(), n);
+        const std::string_view trozo = resto.empty() ? std::string_view(bloque.data(), n) : std::string_view(unido);
         resto.clear();
         size_t desde = 0;
         if (primero) {
@@ -153,6 +212,16 @@ DiagnosticoTexto AnalizaTexto(const std::string& ruta) {
         }
         auto p = reinterpret_cast<const unsigned char*>(trozo.data());
         for (size_t i = desde; i < trozo.size();) {
+            const size_t antes = i;
+            for (; trozo.size() - i >= 8; i += 8) {
+                const std::uint64_t w = Palabra(trozo.data() + i);
+                if (const std::uint64_t m = (w & kAltos) | Ceros(w) | FinesDe(w)) {
+                    i += static_cast<size_t>(std::countr_zero(m) / 8);
+                    break;
+                }
+            }
+            if (i != antes) trasCR = false;
+            if (i >= trozo.size()) break;
             unsigned char b = p[i];
             if (b < 0x80) {
                 if (b == 0 && d.nulos++ == 0) d.lineaPrimerNulo = linea;
@@ -165,7 +234,7 @@ DiagnosticoTexto AnalizaTexto(const std::string& ruta) {
             trasCR = false;
             int largo = SecuenciaUtf8(p + i, trozo.size() - i);
             if (largo < 0) {  // finished by the next block
-                resto = trozo.substr(i);
+                resto = std::string(trozo.substr(i));
                 break;
             }
             if (largo > 0) {
@@ -179,6 +248,8 @@ DiagnosticoTexto AnalizaTexto(const std::string& ruta) {
     }
     std::fclose(f);
     d.bytesSueltos += static_cast<long>(resto.size());  // cut short by the end of the file
+    if (d.codificacion != CodificacionTexto::Utf16LE && d.codificacion != CodificacionTexto::Utf16BE)
+        d.lineas = linea - 1 + (ultimo != '\n' && ultimo != '\r' ? 1 : 0);
     if (!d.conMarca)
         d.codificacion = d.secuenciasUtf8 > 0 && d.secuenciasUtf8 >= d.bytesSueltos ? CodificacionTexto::Utf8
                                                                                       : CodificacionTexto::Windows1252;
@@ -281,8 +352,10 @@ bool ArchivoTexto::llena() {
 }
 
 bool ArchivoTexto::leeLinea(std::string& linea) {
-    std::string bytes;
-    bool hayLinea = false;
+    // The line is decoded where it stands in the buffer; only a line cut by
+    // the end of a block is gathered first.
+    std::string_view bytes;
+    bool hayLinea = false, partida = false;
     while (llena()) {
         if (saltaLF_) {
             saltaLF_ = false;
@@ -293,31 +366,42 @@ bool ArchivoTexto::leeLinea(std::string& linea) {
         }
         const char* desde = bufer_.data() + inicio_;
         const char* hasta = bufer_.data() + fin_;
-        const char* p = desde;
-        while (p < hasta && *p != '\n' && *p != '\r') ++p;
-        bytes.append(desde, p);
+        const char* p = BuscaFinDeLinea(desde, hasta);
         hayLinea = true;
         if (p == hasta) {
+            if (!partida) pendiente_.clear();
+            pendiente_.append(desde, hasta);
+            partida = true;
             inicio_ = fin_;
             continue;
         }
+        if (partida) pendiente_.append(desde, p);
+        else bytes = std::string_view(desde, static_cast<size_t>(p - desde));
         saltaLF_ = *p == '\r';
         inicio_ = static_cast<size_t>(p + 1 - bufer_.data());
         break;
     }
     if (!hayLinea) return false;
     ++numero_;
+    if (partida) bytes = pendiente_;
     // A NUL would end the field early wherever the text is stored or shown.
-    if (bytes.find('\0') != std::string::npos) bytes.erase(std::remove(bytes.begin(), bytes.end(), '\0'), bytes.end());
+    if (diagnostico_.nulos > 0 && bytes.find('\0') != std::string_view::npos) {
+        std::string sinNulos(bytes);
+        sinNulos.erase(std::remove(sinNulos.begin(), sinNulos.end(), '\0'), sinNulos.end());
+        pendiente_ = std::move(sinNulos);
+        bytes = pendiente_;
+    }
     switch (diagnostico_.codificacion) {
         case CodificacionTexto::Windows1252:
-            linea = DecodificaWindows1252(bytes);
+            if (TieneAltos(bytes.data(), bytes.data() + bytes.size())) Decodifica1252En(linea, bytes);
+            else linea.assign(bytes);
             break;
         case CodificacionTexto::Utf8:
-            linea = diagnostico_.bytesSueltos == 0 ? std::move(bytes) : DecodificaUtf8Mixto(bytes);
+            if (diagnostico_.bytesSueltos == 0) linea.assign(bytes);
+            else linea = DecodificaUtf8Mixto(bytes);
             break;
         default:  // UTF-16, made UTF-8 as it was read
-            linea = std::move(bytes);
+            linea.assign(bytes);
     }
     return true;
 }
@@ -342,18 +426,23 @@ long CuentaLineasTexto(const std::string& ruta) {
     bool abierta = false;  // bytes read since the last line end
     bool trasCR = false;
     for (size_t n; (n = std::fread(bloque.data(), 1, bloque.size(), f)) > 0;) {
-        for (size_t i = 0; i < n; ++i) {
-            char c = bloque[i];
-            if (c == '\n' && trasCR) {
-                trasCR = false;
-                continue;
+        const char* p = bloque.data();
+        const char* fin = p + n;
+        if (trasCR && *p == '\n') ++p;  // the LF of a CR LF cut by the block
+        trasCR = false;
+        while (p < fin) {
+            const char* q = BuscaFinDeLinea(p, fin);
+            if (q == fin) {
+                abierta = abierta || q > p;
+                break;
             }
-            trasCR = c == '\r';
-            if (c == '\n' || c == '\r') {
-                ++lineas;
-                abierta = false;
-            } else {
-                abierta = true;
+            ++lineas;
+            abierta = false;
+            trasCR = *q == '\r';
+            p = q + 1;
+            if (trasCR && p < fin && *p == '\n') {
+                ++p;
+                trasCR = false;
             }
         }
     }

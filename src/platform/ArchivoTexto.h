@@ -34,6 +34,7 @@ struct DiagnosticoTexto {
     long bytesSueltos = 0;        // bytes above 127 that are in no such sequence
     long nulos = 0;               // NUL bytes (not counted in UTF-16)
     long lineaPrimerNulo = 0;     // line (from 1) of the first one
+    long lineas = -1;             // CuentaLineasTexto of the file; -1 for UTF-16, not counted here
     bool mixta() const { return secuenciasUtf8 > 0 && bytesSueltos > 0; }
 };
 
@@ -87,6 +88,7 @@ private:
     DiagnosticoTexto diagnostico_;
     std::vector<char> bufer_;    // bytes of the text, UTF-16 already made UTF-8
     std::string crudo_;          // UTF-16: bytes read and not yet converted
+    std::string pendiente_;      // a line cut by the end of a block, gathered
     char32_t altoPendiente_ = 0; // UTF-16: a high surrogate waiting for its pair
     size_t inicio_ = 0, fin_ = 0;
     bool finArchivo_ = false;

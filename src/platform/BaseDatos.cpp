@@ -101,6 +101,16 @@ Sentencia& Sentencia::reinicia() {
     return *this;
 }
 
+Sentencia& Sentencia::ligaEntero(int i, std::int64_t v) {
+    verifica(sqlite3_bind_int64(st_, i, v));
+    return *this;
+}
+
+Sentencia& Sentencia::ligaTexto(int i, std::string_view t, bool copia) {
+    verifica(sqlite3_bind_text(st_, i, t.data(), static_cast<int>(t.size()), copia ? SQLITE_TRANSIENT : SQLITE_STATIC));
+    return *this;
+}
+
 Sentencia& Sentencia::liga(int i, const Valor& v) {
     struct Visitante {
         sqlite3_stmt* st;
@@ -131,6 +141,14 @@ int Sentencia::ejecuta() {
     int n = sqlite3_changes(db_);
     sqlite3_reset(st_);
     return n;
+}
+
+int Sentencia::ejecutaYOlvida() {
+    struct Olvida {
+        sqlite3_stmt* st;
+        ~Olvida() { sqlite3_clear_bindings(st); }
+    } olvida{st_};
+    return ejecuta();
 }
 
 int Sentencia::columnas() const { return sqlite3_column_count(st_); }
@@ -303,7 +321,28 @@ void Tabla::actualiza() {
 
 // ---------------------------------------------------------------- BaseDatos
 
-BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta) {
+namespace {
+
+// A number no other connection nor earlier set of statements has had.
+std::uint64_t NuevaGeneracion() {
+    static std::atomic<std::uint64_t> contador{0};
+    return ++contador;
+}
+
+// Before the engine starts: nothing reads its memory statistics, and
+// keeping them costs a global lock on every allocation it makes.
+void PreparaMotor() {
+    static const bool hecho = [] {
+        sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // refused, harmlessly, once the engine has started
+        return true;
+    }();
+    (void)hecho;
+}
+
+}  // namespace
+
+BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta), generacion_(NuevaGeneracion()) {
+    PreparaMotor();
     // READWRITE falls back to reading only on a file the system write-protects.
     // A connection belongs to the thread that opened it and is never used by
     // two at once, so the engine's own per-call locking (a lock and unlock on
@@ -327,7 +366,8 @@ BaseDatos::BaseDatos(const std::filesystem::path& ruta, Modo modo) : ruta_(ruta)
     }
 }
 
-BaseDatos::BaseDatos() : ruta_(":memory:") {
+BaseDatos::BaseDatos() : ruta_(":memory:"), generacion_(NuevaGeneracion()) {
+    PreparaMotor();
     int rc = sqlite3_open_v2(":memory:", &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
                              nullptr);
     if (rc != SQLITE_OK) throw ErrorBaseDatos(rc, "out of memory", "");
@@ -388,7 +428,10 @@ void BaseDatos::separa(const std::string& alias) {
     ejecutaScript("DETACH DATABASE \"" + alias + "\"");
 }
 
-void BaseDatos::olvidaPreparadas() { cache_.clear(); }
+void BaseDatos::olvidaPreparadas() {
+    cache_.clear();
+    generacion_ = NuevaGeneracion();
+}
 
 bool BaseDatos::enTransaccion() const { return sqlite3_get_autocommit(db_) == 0; }
 std::int64_t BaseDatos::ultimoId() const { return sqlite3_last_insert_rowid(db_); }

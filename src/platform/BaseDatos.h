@@ -17,6 +17,8 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -64,11 +66,18 @@ public:
 
     Sentencia& reinicia();
     Sentencia& liga(int indice, const Valor& v);
+    Sentencia& ligaEntero(int indice, std::int64_t v);
+    /// A text; with `copia` false the engine reads it where it stands, so
+    /// it must stay unchanged until the statement has run: for a row
+    /// written by ejecutaYOlvida().
+    Sentencia& ligaTexto(int indice, std::string_view t, bool copia = true);
+    /// Each argument bound as Valor(arg) stores it (the usual kinds without
+    /// building the Valor).
     template <class... A>
     Sentencia& con(const A&... args) {
         reinicia();
         int i = 1;
-        (liga(i++, Valor(args)), ...);
+        (ligaArgumento(i++, args), ...);
         return *this;
     }
 
@@ -76,6 +85,9 @@ public:
     bool paso();
     /// Steps to the end; returns the rows changed.
     int ejecuta();
+    /// ejecuta(), after which the values bound are dropped, whatever the
+    /// outcome: no later step can read a text bound without its copy.
+    int ejecutaYOlvida();
 
     int columnas() const;
     std::string nombreColumna(int i) const;
@@ -89,6 +101,16 @@ private:
     sqlite3_stmt* st_ = nullptr;
     std::string sql_;
     void verifica(int rc) const;
+    template <class T>
+    void ligaArgumento(int i, const T& v) {
+        if constexpr (std::is_same_v<T, std::string>) ligaTexto(i, v);
+        else if constexpr (std::is_same_v<T, bool>) ligaEntero(i, v ? -1 : 0);
+        else if constexpr (std::is_same_v<T, int> || std::is_same_v<T, long> || std::is_same_v<T, long long>)
+            ligaEntero(i, static_cast<std::int64_t>(v));
+        else if constexpr (std::is_same_v<T, Moneda>) ligaEntero(i, v.diezmilesimas());
+        else if constexpr (std::is_same_v<T, Valor>) liga(i, v);
+        else liga(i, Valor(v));
+    }
 };
 
 /// A recordset, read whole when opened: record count, first/last/next, EOF
@@ -224,11 +246,16 @@ public:
     sqlite3* nativo() { return db_; }
     /// Drops every cached statement (needed before detaching a database).
     void olvidaPreparadas();
+    /// Changes whenever the cached statements are dropped, and differs
+    /// between connections: a caller that keeps a statement of preparada()
+    /// uses it while this stays what it was, and asks again otherwise.
+    std::uint64_t generacionPreparadas() const { return generacion_; }
 
 private:
     sqlite3* db_ = nullptr;
     std::filesystem::path ruta_;
     std::unordered_map<std::string, std::unique_ptr<Sentencia>> cache_;
+    std::uint64_t generacion_;
     void configura(bool soloLectura = false);
 };
 

@@ -246,7 +246,33 @@ std::vector<std::string> PiezasDeFecha(const std::string& t) {
 
 }  // namespace
 
+namespace {
+
+// The usual "d/m/yyyy" of a source (day and month of one or two digits,
+// nothing around): LeeFecha's reading of it, without taking it apart.
+// False for any other text, which takes the general way.
+bool FechaSencilla(const std::string& t, std::optional<Fecha>& f) {
+    auto digito = [&](size_t i) { return t[i] >= '0' && t[i] <= '9'; };
+    auto numero = [&](size_t& i, size_t maximo, int& v) {
+        size_t inicio = i;
+        for (v = 0; i < t.size() && digito(i) && i - inicio < maximo; ++i) v = v * 10 + (t[i] - '0');
+        return i > inicio;
+    };
+    size_t i = 0;
+    int dia, mes, anio;
+    if (!numero(i, 2, dia) || i >= t.size() || t[i++] != '/') return false;
+    if (!numero(i, 2, mes) || i >= t.size() || t[i++] != '/') return false;
+    const size_t inicioAnio = i;
+    if (!numero(i, 4, anio) || i - inicioAnio != 4 || i != t.size()) return false;
+    Fecha fecha(anio, mes, dia);
+    f = fecha.valida() ? std::optional<Fecha>(fecha) : std::nullopt;
+    return true;
+}
+
+}  // namespace
+
 std::optional<Fecha> LeeFecha(const std::string& entrada) {
+    if (std::optional<Fecha> f; FechaSencilla(entrada, f)) return f;
     std::string t = Recorta(entrada);
     if (!QuitaHora(t)) return std::nullopt;
     if (t.size() == 6 && SoloDigitos(t))  // ddMMaa

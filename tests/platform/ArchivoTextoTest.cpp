@@ -71,12 +71,23 @@ TEST(ArchivoTexto, FinesDeLinea) {
         {"", {}},
         {std::string(65535, 'x') + "\r\ny", {std::string(65535, 'x'), "y"}},  // CR LF across two blocks
         {std::string(65536, 'x') + "\n", {std::string(65536, 'x')}},
+        {std::string(65535, 'x') + "\r\n\ny", {std::string(65535, 'x'), "", "y"}},
+        {std::string(65535, 'x') + "\r\r\r", {std::string(65535, 'x'), "", ""}},
+        {"a\rb\rc\r", {"a", "b", "c"}},
+        {"\xEF\xBB\xBF", {}},  // the mark alone: no line, yet counted as one, as it always was
     };
     for (auto& caso : casos) {
         std::string ruta = Escribe(c, caso.bytes);
+        const long esperadas = caso.bytes == "\xEF\xBB\xBF" ? 1 : static_cast<long>(caso.lineas.size());
         EXPECT_EQ(Lineas(ruta), caso.lineas) << caso.bytes.substr(0, 10);
-        EXPECT_EQ(CuentaLineasTexto(ruta), static_cast<long>(caso.lineas.size())) << caso.bytes.substr(0, 10);
+        EXPECT_EQ(CuentaLineasTexto(ruta), esperadas) << caso.bytes.substr(0, 10);
+        // The encoding's pass counts them too, so that a reader needs no third.
+        EXPECT_EQ(AnalizaTexto(ruta).lineas, esperadas) << caso.bytes.substr(0, 10);
     }
+    // A line cut by the end of a block keeps its accents and drops its NULs.
+    std::string ruta = Escribe(c, std::string(65530, 'a') + "\xE9\xE9\xE9" + std::string(1, '\0') + "\xE9\xE9\xE9\xE9\xE9\xE9\nfin\xF1");
+    EXPECT_EQ(Lineas(ruta), (std::vector<std::string>{std::string(65530, 'a') + "ééééééééé", "finñ"}));
+    EXPECT_EQ(AnalizaTexto(ruta).nulos, 1);
     EXPECT_EQ(CuentaLineasTexto(c.texto() + "no-esta.txt"), 0);
     EXPECT_THROW(ArchivoTexto(c.texto() + "no-esta.txt"), ErrorLectura);
 }
@@ -107,6 +118,11 @@ TEST(ArchivoTexto, LaEvidenciaSeDecideSobreTodoElArchivoYSeAvisaCuandoEsMixta) {
     // Clean evidence says nothing.
     EXPECT_EQ(ArchivoTexto(Escribe(c, "Cami\xC3\xB3n\n")).aviso(), "");
     EXPECT_EQ(ArchivoTexto(Escribe(c, "Cami\xF3n\n")).aviso(), "");
+    // A sequence cut by the end of a block is joined to the rest of it.
+    d = AnalizaTexto(Escribe(c, std::string(65535, 'a') + "\xC3\xB1" + std::string(65535, 'b') + "\xE2\x82\xAC\n"));
+    EXPECT_EQ(d.secuenciasUtf8, 2);
+    EXPECT_EQ(d.bytesSueltos, 0);
+    EXPECT_EQ(d.lineas, 1);
     // A sequence cut by the end of the file is a stray byte, not a sequence.
     d = AnalizaTexto(Escribe(c, "a\xC3\xB1o \xE2\x82"));
     EXPECT_EQ(d.secuenciasUtf8, 1);

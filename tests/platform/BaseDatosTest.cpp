@@ -166,3 +166,43 @@ TEST(BaseDatos, LeerDeshaceLoQueDejoUnEscritorMuertoYNoEscribeNadaMas) {
     EXPECT_FALSE(std::filesystem::exists(ruta.string() + "-journal"));
     EXPECT_THROW(lector.ejecuta("INSERT INTO T VALUES (4)"), ErrorBaseDatos);
 }
+
+// Values bound without building a Valor are stored as a Valor stores them;
+// a text bound without its copy is dropped once its row is written; a kept
+// statement knows when the connection has let its statements go.
+TEST(BaseDatos, LigasDirectasYSentenciasGuardadas) {
+    BaseDatos db;
+    CreaTablaPrueba(db);
+    const std::string cuenta = "200";
+    db.ejecuta("INSERT INTO Movs VALUES (?, ?, ?, ?, ?)", cuenta, 7L, Moneda::desdeTexto("-1.25").value(), nullptr,
+               false);
+    db.ejecuta("INSERT INTO Movs VALUES (?, ?, ?, ?, ?)", std::string("201"), 8LL, Valor(3.5), std::optional<int>(),
+               true);
+    Consulta c = db.consulta("SELECT Cuenta, Mes, Importe, Fecha, Activo, typeof(Cuenta) FROM Movs ORDER BY rowid");
+    EXPECT_EQ(c.campo(0).texto(), "200");
+    EXPECT_EQ(c.campo(2).entero(), -12500);
+    EXPECT_TRUE(c.campo(3).esNulo());
+    EXPECT_EQ(c.campo(4).entero(), 0);
+    EXPECT_EQ(c.campo(5).texto(), "text");
+    c.siguiente();
+    EXPECT_EQ(c.campo(1).entero(), 8);
+    EXPECT_EQ(c.campo(2).real(), 3.5);
+    EXPECT_EQ(c.campo(4).entero(), -1);
+
+    const std::uint64_t antes = db.generacionPreparadas();
+    Sentencia& st = db.preparada("INSERT INTO Movs (Cuenta, Mes) VALUES (?, ?)");
+    {
+        std::string temporal = "300";
+        st.reinicia();
+        st.ligaTexto(1, temporal, false).ligaEntero(2, 9);
+        EXPECT_EQ(st.ejecutaYOlvida(), 1);
+    }
+    st.ejecuta();  // nothing bound any more: a row of nulls, never the text that is gone
+    EXPECT_EQ(db.escalar("SELECT count(*) FROM Movs WHERE Cuenta = '300' AND Mes = 9").entero(), 1);
+    EXPECT_EQ(db.escalar("SELECT count(*) FROM Movs WHERE Cuenta IS NULL AND Mes IS NULL").entero(), 1);
+    EXPECT_EQ(db.generacionPreparadas(), antes);
+    db.olvidaPreparadas();
+    EXPECT_NE(db.generacionPreparadas(), antes);
+    BaseDatos otra;
+    EXPECT_NE(otra.generacionPreparadas(), db.generacionPreparadas());
+}

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "importers/Limpieza.h"
 #include "platform/BaseDatos.h"
 #include "platform/ErrorLectura.h"
 #include "platform/Moneda.h"
@@ -63,4 +64,40 @@ TEST(EntradasExtremas, TablaConCamposRepetidosSeNombraComoDaniada) {
                   "El archivo " + ruta + " está dañado: el campo cuenta está repetido en el encabezado.");
         EXPECT_EQ(e.archivo(), ruta);
     }
+}
+
+// The usual forms of a date and an amount take a short way: it must read
+// every such text as the general way does, valid or not. A blank in front
+// sends the same text the general way.
+TEST(EntradasExtremas, LaViaCortaDeFechasEImportesLeeComoLaGeneral) {
+    for (const char* fecha : {"1/1/2025", "31/12/2025", "29/2/2024", "29/2/2025", "31/4/2025", "0/1/2025",
+                              "1/0/2025", "1/13/2025", "01/01/0000", "7/07/1999", "1/1/25", "1/1/20250",
+                              "123/1/2025", "1//2025", "1/1/2O25", "1/1/2025/"}) {
+        SCOPED_TRACE(fecha);
+        auto corta = LeeFecha(fecha), general = LeeFecha(std::string(" ") + fecha);
+        ASSERT_EQ(corta.has_value(), general.has_value());
+        if (corta) {
+            EXPECT_EQ(corta->iso(), general->iso());
+        }
+    }
+    for (const char* importe : {"0", "0.00", "-0", "-0.00", "5.", "1234.5", "-1234.56", "0.0001", "1.23456",
+                                "99999999999999.9999", "922337203685477.5807", "-99999999999999.9999", "007.50",
+                                "1,234.50", "$5", "-", ".5", "1e3", "MXN-5", "5-", "", "abc", "1.2.3"}) {
+        SCOPED_TRACE(importe);
+        std::optional<Moneda> corta, general;
+        try {
+            corta = ImporteLimpio(importe, "0.00");
+            general = ConvierteImporte(LimpiaImporte(importe, "0.00"));
+        } catch (const FalloFila&) {
+            ADD_FAILURE() << "no cabe";
+            continue;
+        }
+        ASSERT_EQ(corta.has_value(), general.has_value());
+        if (corta) {
+            EXPECT_EQ(corta->diezmilesimas(), general->diezmilesimas());
+        }
+    }
+    EXPECT_EQ(ImporteLimpio("-12.5", "0")->diezmilesimas(), -125000);
+    EXPECT_EQ(ImporteLimpio("", "0")->diezmilesimas(), 0);
+    EXPECT_THROW(ImporteLimpio("999999999999999.9999", "0"), FalloFila);
 }

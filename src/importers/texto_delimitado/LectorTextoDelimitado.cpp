@@ -41,32 +41,61 @@ void ExigeDelimitador(Sesion& s, const std::string& ruta, const LecturaDelimitad
     throw ErrorLectura(mensaje, ruta, fila.numero);
 }
 
-void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
-                        const Fila& fila, Movimiento& mov, CuentasDeLineas& cuentas) {
+// What a voucher line fills, kept from line to line so that its texts keep
+// their room.
+struct LecturaPartida {
     PolizaLeida p;
-    p.Poliza = fila.campo(c.PIniNumPol);
-    p.Tipo = fila.campo(c.PIniTipo);
-    std::string textoFecha = TextoFecha(c, fila);
+    PartidaLeida l;
+    Movimiento mov;
+    std::string apoyo, textoFecha;
+};
+
+// TextoFecha into `t`, with the fields read in place.
+void TextoFechaEn(const EstructuraDatosTxt& c, const Fila& fila, std::string& t, std::string& apoyo) {
+    if (c.PIniDia < 1 || c.PIniMes < 1 || c.PIniAnio < 1) {
+        t.assign(fila.campoVista(c.PIniDia, apoyo));
+        return;
+    }
+    t.clear();
+    const int columnas[3] = {c.PIniDia, c.PIniMes, c.PIniAnio};
+    for (int i = 0; i < 3; ++i) {
+        std::string_view parte = fila.campoVista(columnas[i], apoyo);
+        if (parte.empty()) {
+            t.clear();
+            return;
+        }
+        if (i > 0) t += '/';
+        t += parte;
+    }
+}
+
+void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, const FuenteRegistros& fuente,
+                        const Fila& fila, LecturaPartida& lp, CuentasDeLineas& cuentas) {
+    PolizaLeida& p = lp.p;
+    PartidaLeida& l = lp.l;
+    p.Poliza.assign(fila.campoVista(c.PIniNumPol, lp.apoyo));
+    p.Tipo.assign(fila.campoVista(c.PIniTipo, lp.apoyo));
+    std::string& textoFecha = lp.textoFecha;
+    TextoFechaEn(c, fila, textoFecha, lp.apoyo);
     std::optional<Fecha> fecha;
     if (!textoFecha.empty()) {
         fecha = LeeFecha(textoFecha);
         if (!fecha) throw FalloFila("No coinciden los tipos: la fecha " + textoFecha + " no es válida");
     }
-    PartidaLeida l;
-    l.Cuenta = cuentas.limpia(fila.campo(c.PIniCtaPol));
-    l.Referencia = fila.campo(c.PIniRef);
-    p.Concepto = fila.campo(c.PIniConcept);
-    const std::string ilegible = LeeMovimiento(c, fila, mov);
+    l.Cuenta = cuentas.limpia(fila.campoVista(c.PIniCtaPol, lp.apoyo));
+    l.Referencia.assign(fila.campoVista(c.PIniRef, lp.apoyo));
+    p.Concepto.assign(fila.campoVista(c.PIniConcept, lp.apoyo));
+    const std::string ilegible = LeeMovimiento(c, fila, lp.mov);
     if (p.Poliza.empty() || !fecha) return;
     p.Fecha = *fecha;
     long id = d.poliza(p);
-    l.TipoMov = mov.TipoMov;
-    l.Importe = mov.Importe;
+    l.TipoMov = lp.mov.TipoMov;
+    l.Importe = lp.mov.Importe;
     d.agregaPartida(id, l);
     if (!ilegible.empty())
         RegistraImporteIlegible(s, fuente.lugar(fila), ilegible, kFuentePolizas,
                                 "la partida se registró con el importe de la línea anterior, " +
-                                    mov.Importe.formatoMoneda() + ".",
+                                    lp.mov.Importe.formatoMoneda() + ".",
                                 p.Poliza, p.Tipo, p.Fecha, l.Cuenta);
 }
 
@@ -75,24 +104,26 @@ void ProcesaLineaPoliza(Sesion& s, DestinoTmp& d, const EstructuraDatosTxt& c, c
 // Returns the amount text, as the file has it, that could not be read;
 // empty when none.
 std::string LeeMovimiento(const EstructuraDatosTxt& c, const Fila& fila, Movimiento& m) {
+    std::string apoyo;
     if (c.PIniTipoMov != 0) {
         m.TipoMov.clear();
         m.Importe = Moneda();
-        std::string indicador = fila.campo(c.PIniTipoMov);
-        if (indicador.empty()) return "";
-        auto v = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniImporte), "0.00"));
+        const bool vacio = fila.campoVista(c.PIniTipoMov, apoyo).empty();
+        if (vacio) return "";
+        const bool cargo = fila.campoVista(c.PIniTipoMov, apoyo) == "1";
+        auto v = ImporteLimpio(fila.campoVista(c.PIniImporte, apoyo), "0.00");
         if (v) m.Importe = *v;
-        m.TipoMov = indicador == "1" ? "D" : "H";
+        m.TipoMov = cargo ? "D" : "H";
         return v ? "" : fila.campo(c.PIniImporte);
     }
-    auto debe = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniCargo), "0.00"));
+    auto debe = ImporteLimpio(fila.campoVista(c.PIniCargo, apoyo), "0.00");
     if (!debe) return fila.campo(c.PIniCargo);
     if (!debe->esCero()) {
         m.Importe = *debe;
         m.TipoMov = "D";
         return "";
     }
-    auto haber = ConvierteImporte(LimpiaImporte(fila.campo(c.PIniAbono), "0.00"));
+    auto haber = ImporteLimpio(fila.campoVista(c.PIniAbono, apoyo), "0.00");
     if (!haber) return fila.campo(c.PIniAbono);
     m.Importe = *haber;
     if (!haber->esCero()) m.TipoMov = "H";
@@ -181,12 +212,12 @@ void ImportaPolizasTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, cons
                          const std::string& etiqueta) {
     if (!ExisteArchivo(ruta)) return;
     FuenteTextoDelimitado fuente(ruta, l.separador, true);
-    Movimiento mov;
+    LecturaPartida lp;
     CuentasDeLineas cuentas(s, OrdenLimpieza::RellenoYSeparador, true);
     ReglasRecorrido reglas{etiqueta, l.Titulos};
     reglas.fallo = ReglasRecorrido::Fallo::LineaPoliza;
     RecorreFilas(s, fuente, reglas,
-                 [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fuente, fila, mov, cuentas); });
+                 [&](const Fila& fila) { ProcesaLineaPoliza(s, d, l.config, fuente, fila, lp, cuentas); });
 }
 
 void ImportaSaldosAnioAntTexto(Sesion& s, DestinoTmp& d, const std::string& ruta, const LecturaDelimitada& l) {

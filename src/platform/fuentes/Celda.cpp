@@ -13,6 +13,14 @@ Celda Celda::texto(std::string t) {
     return c;
 }
 
+void Celda::asignaTexto(std::string_view t) {
+    tipo_ = Tipo::Texto;
+    texto_.assign(t);
+    fecha_ = Fecha();
+    segundos_ = 0;
+    logico_ = false;
+}
+
 Celda Celda::numero(std::string decimal) {
     Celda c;
     c.tipo_ = Tipo::Numero;

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/Fecha.h"
 #include "platform/Moneda.h"
@@ -25,6 +26,10 @@ public:
     /// A date; `segundos` is its time of day (0 to 86399).
     static Celda fecha(const Fecha& f, int segundos = 0);
     static Celda logico(bool v);
+    /// Makes this cell Celda::texto(t), keeping the room of its text: a
+    /// source that refills the cells of one row for each line allocates
+    /// nothing for the fields that fit.
+    void asignaTexto(std::string_view t);
 
     Tipo tipo() const { return tipo_; }
     bool esNula() const { return tipo_ == Tipo::Nula; }
@@ -34,6 +39,13 @@ public:
     /// a date "dd/mm/yyyy" followed by " hh:mm:ss" when it has a time of
     /// day, a logical value "Verdadero" or "Falso".
     std::string comoTexto() const;
+    /// The text a text or number cell holds, without a copy; empty for a
+    /// null cell. Only those kinds have one: for any other, nothing.
+    std::optional<std::string_view> textoPropio() const {
+        if (tipo_ == Tipo::Texto || tipo_ == Tipo::Numero) return std::string_view(texto_);
+        if (tipo_ == Tipo::Nula) return std::string_view();
+        return std::nullopt;
+    }
     /// The date of a date cell; nothing for any other kind.
     std::optional<Fecha> comoFecha() const;
     int segundos() const { return segundos_; }

@@ -16,6 +16,7 @@
 //  - cells are addressed from 1; a position beyond the row is a null cell.
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/fuentes/Celda.h"
@@ -35,6 +36,10 @@ struct Fila {
     const Celda& operator[](int columna) const;
     /// The cell's text trimmed of spaces (RecortaEspacios); "" outside.
     std::string campo(int columna) const;
+    /// campo() without a copy where the cell holds its text (text, number,
+    /// null): a view into the row, good until the row is read again. Any
+    /// other cell's text is made in `apoyo`, which the view then shows.
+    std::string_view campoVista(int columna, std::string& apoyo) const;
     /// True when every cell is null or blank text.
     bool vacia() const;
 };

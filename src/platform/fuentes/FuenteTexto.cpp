@@ -1,5 +1,7 @@
 #include "platform/fuentes/FuenteTexto.h"
 
+#include <cstring>
+
 namespace velmorant {
 
 namespace {
@@ -22,15 +24,45 @@ size_t ByteDelCaracter(const std::string& t, size_t n) {
 
 }  // namespace
 
+namespace {
+
+bool TieneLetras(const std::string& t) {
+    for (char c : t)
+        if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')) return true;
+    return false;
+}
+
+// Calls `parte(texto)` for each part of `linea` as DivideLinea splits it,
+// finding the separator `que` (not empty) in `donde`: the line itself, or
+// for a separator with letters both folded to lower case, byte for byte.
+template <class F>
+void RecorrePartes(std::string_view linea, std::string_view donde, std::string_view que, F&& parte) {
+    size_t desde = 0;
+    if (que.size() == 1) {
+        // A one-byte separator, the usual case: found by memchr.
+        for (const void* p; (p = std::memchr(donde.data() + desde, que[0], donde.size() - desde)) != nullptr;) {
+            size_t pos = static_cast<size_t>(static_cast<const char*>(p) - donde.data());
+            parte(linea.substr(desde, pos - desde));
+            desde = pos + 1;
+        }
+    } else {
+        for (size_t p; (p = donde.find(que, desde)) != std::string_view::npos; desde = p + que.size())
+            parte(linea.substr(desde, p - desde));
+    }
+    parte(linea.substr(desde));
+}
+
+}  // namespace
+
 std::vector<std::string> DivideLinea(const std::string& linea, const std::string& separador) {
     if (linea.empty()) return {};
     if (separador.empty()) return {linea};
-    const std::string donde = Minusculas(linea), que = Minusculas(separador);
     std::vector<std::string> partes;
-    size_t desde = 0;
-    for (size_t p; (p = donde.find(que, desde)) != std::string::npos; desde = p + que.size())
-        partes.push_back(linea.substr(desde, p - desde));
-    partes.push_back(linea.substr(desde));
+    auto agrega = [&](std::string_view p) { partes.emplace_back(p); };
+    // Case matters only to letters: a separator without them is found in
+    // the line as it stands.
+    if (!TieneLetras(separador)) RecorrePartes(linea, linea, separador, agrega);
+    else RecorrePartes(linea, Minusculas(linea), Minusculas(separador), agrega);
     return partes;
 }
 
@@ -43,25 +75,46 @@ std::string TextoEnPosicion(const std::string& linea, int posicion, int largo) {
 }
 
 FuenteTextoDelimitado::FuenteTextoDelimitado(const std::string& ruta, std::string separador, bool quitaComillas)
-    : archivo_(ruta), separador_(std::move(separador)), quitaComillas_(quitaComillas), total_(CuentaLineasTexto(ruta)) {}
+    : archivo_(ruta),
+      separador_(std::move(separador)),
+      separadorPlegado_(Minusculas(separador_)),
+      conLetras_(TieneLetras(separador_)),
+      quitaComillas_(quitaComillas),
+      total_(archivo_.diagnostico().lineas >= 0 ? archivo_.diagnostico().lineas : CuentaLineasTexto(ruta)) {}
 
 bool FuenteTextoDelimitado::siguiente(Fila& fila) {
     if (!archivo_.leeLinea(fila.texto)) return false;
     fila.numero = archivo_.numeroLinea();
-    fila.celdas.clear();
-    std::string linea = fila.texto;
-    if (quitaComillas_ && linea.find('"') != std::string::npos) {
-        std::string sin;
+    std::string_view linea = fila.texto;
+    if (quitaComillas_ && linea.find('"') != std::string_view::npos) {
+        sinComillas_.clear();
         for (char c : linea)
-            if (c != '"') sin += c;
-        linea = std::move(sin);
+            if (c != '"') sinComillas_ += c;
+        linea = sinComillas_;
     }
-    for (auto& parte : DivideLinea(linea, separador_)) fila.celdas.push_back(Celda::texto(std::move(parte)));
+    // The row's cells are filled again in place, keeping their room.
+    size_t n = 0;
+    auto agrega = [&](std::string_view parte) {
+        if (n == fila.celdas.size()) fila.celdas.emplace_back();
+        fila.celdas[n++].asignaTexto(parte);
+    };
+    if (linea.empty()) {
+    } else if (separador_.empty()) {
+        agrega(linea);
+    } else if (!conLetras_) {
+        RecorrePartes(linea, linea, separador_, agrega);
+    } else {
+        plegada_ = Minusculas(std::string(linea));
+        RecorrePartes(linea, plegada_, separadorPlegado_, agrega);
+    }
+    fila.celdas.resize(n);
     return true;
 }
 
 FuenteTextoFijo::FuenteTextoFijo(const std::string& ruta, std::vector<std::pair<int, int>> campos)
-    : archivo_(ruta), campos_(std::move(campos)), total_(CuentaLineasTexto(ruta)) {}
+    : archivo_(ruta),
+      campos_(std::move(campos)),
+      total_(archivo_.diagnostico().lineas >= 0 ? archivo_.diagnostico().lineas : CuentaLineasTexto(ruta)) {}
 
 bool FuenteTextoFijo::siguiente(Fila& fila) {
     if (!archivo_.leeLinea(fila.texto)) return false;

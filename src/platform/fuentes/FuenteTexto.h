@@ -34,8 +34,11 @@ public:
 private:
     ArchivoTexto archivo_;
     std::string separador_;
+    std::string separadorPlegado_;  // in lower case, for a separator with letters
+    bool conLetras_;
     bool quitaComillas_;
     long total_;
+    std::string sinComillas_, plegada_;  // room kept from line to line
 };
 
 /// Lines whose fields stand at fixed character positions: field i is the

@@ -318,6 +318,24 @@ TEST_F(LecturaTexto, DivisionYCampos) {
         {"a\tb", "\t", {"a", "b"}},
     };
     for (auto& c : casos) EXPECT_EQ(DivideLinea(c.linea, c.separador), c.partes) << c.linea;
+
+    // One row filled again for each line: a narrower line keeps no cell of
+    // the wider one before it, and the quotes go before the split.
+    for (const char* separador : {"|", "Xy"}) {
+        std::string sep = separador, sepOtro = sep == "|" ? "|" : "xY";
+        std::string ruta = Archivo("filas.txt", "a" + sep + "b" + sepOtro + "c\n\"x\"" + sep + "y\n\"\"\nsolo\n");
+        FuenteTextoDelimitado fuente(ruta, sep, true);
+        EXPECT_EQ(fuente.totalEstimado(), 4);
+        std::vector<std::vector<std::string>> leidas;
+        Fila f;
+        while (fuente.siguiente(f)) {
+            leidas.emplace_back();
+            for (auto& celda : f.celdas) leidas.back().push_back(celda.comoTexto());
+        }
+        EXPECT_EQ(leidas, (std::vector<std::vector<std::string>>{{"a", "b", "c"}, {"x", "y"}, {}, {"solo"}}))
+            << separador;
+    }
+
     Fila fila;
     fila.celdas = {Celda::texto(" a "), Celda::texto("b")};
     EXPECT_EQ(fila.campo(1), "a");
@@ -330,3 +348,31 @@ TEST_F(LecturaTexto, DivisionYCampos) {
 }
 
 }  // namespace
+
+// A voucher the writer could not store leaves no trace of itself: the same
+// voucher asked again is written then, and its lines, given out of order
+// with another's, keep their own numbering.
+TEST_F(LecturaTexto, PolizaQueNoSePudoEscribirNoQuedaComoEscrita) {
+    PolizaLeida a;
+    a.Poliza = "7", a.Tipo = "Dr", a.Fecha = Fecha(2024, 1, 5), a.Concepto = "Caja 'chica'";
+    PolizaLeida b = a;
+    b.Poliza = "8";
+    BaseDatos* detalle = s.DbPolizasDetalleTmp;
+    s.DbPolizasDetalleTmp = nullptr;
+    EXPECT_THROW(Destino().poliza(a), std::logic_error);
+    s.DbPolizasDetalleTmp = detalle;
+    PartidaLeida l;
+    l.Cuenta = "1000000", l.TipoMov = "D", l.Importe = Moneda::desdeEntero(1), l.Referencia = "r|1";
+    long idA = Destino().poliza(a);
+    Destino().agregaPartida(idA, l);
+    long idB = Destino().poliza(b);
+    Destino().agregaPartida(idB, l);
+    EXPECT_EQ(Destino().poliza(a), idA);
+    Destino().agregaPartida(idA, l);
+    EXPECT_NE(idA, idB);
+    EXPECT_EQ(Filas("SELECT Poliza, Concepto FROM Polizas_Tmp.Polizas_Tmp ORDER BY rowid"),
+              (std::vector<std::string>{"7|Caja chica", "8|Caja chica"}));
+    EXPECT_EQ(Filas("SELECT IdPoliza = " + std::to_string(idA) +
+                    ", Partida, Referencia FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp ORDER BY rowid"),
+              (std::vector<std::string>{"1|1|r1", "0|1|r1", "1|2|r1"}));
+}
