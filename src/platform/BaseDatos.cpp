@@ -8,6 +8,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "platform/Texto.h"
+
 namespace velmorant {
 
 namespace {
@@ -55,6 +57,24 @@ void FuncionLeft(sqlite3_context* ctx, int, sqlite3_value** argv) {
         while (i < bytes && (static_cast<unsigned char>(texto[i]) & 0xC0) == 0x80) ++i;
     }
     sqlite3_result_text(ctx, texto, i, SQLITE_TRANSIENT);
+}
+
+// QuitaCaracteresEspeciales(x): the text without the characters the stores
+// do not take, a Null as an empty text; a text that has none of them is
+// given back as it is, without a copy.
+void FuncionQuitaCaracteresEspeciales(sqlite3_context* ctx, int, sqlite3_value** argv) {
+    if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
+        sqlite3_result_text(ctx, "", 0, SQLITE_STATIC);
+        return;
+    }
+    auto texto = reinterpret_cast<const char*>(sqlite3_value_text(argv[0]));
+    const std::string_view vista(texto ? texto : "", static_cast<size_t>(sqlite3_value_bytes(argv[0])));
+    if (vista.find_first_of("'|~") == std::string_view::npos) {
+        sqlite3_result_text(ctx, vista.data(), static_cast<int>(vista.size()), SQLITE_TRANSIENT);
+        return;
+    }
+    const std::string limpio = SinCaracteresEspeciales(vista);
+    sqlite3_result_text(ctx, limpio.data(), static_cast<int>(limpio.size()), SQLITE_TRANSIENT);
 }
 
 }  // namespace
@@ -390,6 +410,7 @@ void BaseDatos::configura(bool soloLectura) {
     registra("Month", 1, FuncionMonth);
     registra("Year", 1, FuncionYear);
     registra("Left", 2, FuncionLeft);
+    registra("QuitaCaracteresEspeciales", 1, FuncionQuitaCaracteresEspeciales);
     // Reading the schema now makes a corrupt or foreign file fail at open,
     // and the journal mode keeps a commit atomic across attached files.
     ejecutaScript("PRAGMA schema_version");

@@ -11,6 +11,15 @@ std::string RecortaEspacios(std::string_view texto) {
     return std::string(texto.substr(a, b - a + 1));
 }
 
+// Each of the three is a single byte that no UTF-8 sequence holds.
+std::string SinCaracteresEspeciales(std::string_view texto) {
+    std::string r;
+    r.reserve(texto.size());
+    for (char c : texto)
+        if (c != '\'' && c != '|' && c != '~') r += c;
+    return r;
+}
+
 std::string SinMayusculasAscii(std::string texto) {
     for (char& c : texto)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');

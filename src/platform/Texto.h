@@ -11,6 +11,10 @@ namespace velmorant {
 /// sources' Trim does; a tab is kept).
 std::string RecortaEspacios(std::string_view texto);
 
+/// The text without apostrophes, vertical bars and tildes, the characters the
+/// audit product's stores do not take in a text (QuitaCaracteresEspeciales).
+std::string SinCaracteresEspeciales(std::string_view texto);
+
 /// A key as the stores' text columns compare it (COLLATE NOCASE): ASCII
 /// letters in lower case, every other byte as it is.
 std::string SinMayusculasAscii(std::string texto);

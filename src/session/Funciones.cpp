@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "platform/Numeros.h"
+#include "platform/Texto.h"
 
 namespace velmorant {
 
@@ -54,14 +55,10 @@ std::string QuitaCaracter(const std::string& texto, const std::string& caracter)
     return resultado;
 }
 
-std::string QuitaCaracteresEspeciales(const std::string& t) {
-    return QuitaCaracter(QuitaCaracter(QuitaCaracter(t, "'"), "|"), "~");
-}
+std::string QuitaCaracteresEspeciales(const std::string& t) { return SinCaracteresEspeciales(t); }
 
-// The three characters are single bytes that no UTF-8 sequence holds, so
-// replacing them byte by byte is QuitaCaracter's removal.
 std::string SqlSinCaracteresEspeciales(const std::string& columna) {
-    return "replace(replace(replace(ifnull(" + columna + ", ''), '''', ''), '|', ''), '~', '')";
+    return "QuitaCaracteresEspeciales(" + columna + ")";
 }
 
 std::string SqlBooleano(const std::string& columna) {

@@ -37,7 +37,8 @@ std::string QuitaCaracteresEspeciales(const std::string& t);
 /// The same cleaning as an SQL expression over `columna` (a name of this
 /// program's, never a value), with a Null read as an empty text, as
 /// QuitaCaracteresEspeciales(SiNuloTexto(...)) reads it: for the steps that
-/// copy a month inside the engine instead of row by row.
+/// copy a month inside the engine instead of row by row. Every connection
+/// has the function (BaseDatos).
 std::string SqlSinCaracteresEspeciales(const std::string& columna);
 /// A stored flag as the stores keep a boolean, -1 or 0, a Null being false.
 std::string SqlBooleano(const std::string& columna);

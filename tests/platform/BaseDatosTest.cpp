@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "platform/BaseDatos.h"
+#include "session/Funciones.h"
 #include "support/Entorno.h"
 #include "support/Muerte.h"
 
@@ -79,6 +80,11 @@ TEST(BaseDatos, FuncionesRegistradasYParametrosLiteralesSeguros) {
     EXPECT_TRUE(db.escalar("SELECT Month('31/12/2025')").esNulo());
     EXPECT_EQ(db.escalar("SELECT [Left](?, 3)", "Añejo").texto(), "Añe");
     EXPECT_EQ(db.escalar("SELECT [Left](?, 10)", "ab").texto(), "ab");
+    // The cleaning of a copy inside the engine is the program's own.
+    for (const std::string t : {"Pago a O'Brien | ~ñandú", "sin nada", "''||~~", ""})
+        EXPECT_EQ(db.escalar("SELECT QuitaCaracteresEspeciales(?)", t).texto(), QuitaCaracteresEspeciales(t)) << t;
+    const Valor nulo = db.escalar("SELECT QuitaCaracteresEspeciales(NULL)");
+    EXPECT_TRUE(nulo.esTexto() && nulo.texto().empty());
     // A quote in a value is data, never SQL.
     db.ejecutaScript("CREATE TABLE T (x TEXT)");
     db.ejecuta("INSERT INTO T VALUES (?)", "O'Brien'); DROP TABLE T; --");
