@@ -119,11 +119,9 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
 bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
                     const std::vector<Valor>& valores, int mes, Sumas& sumas, std::string& ultima) {
     std::unordered_map<std::int64_t, int> clases;
-    Sentencia& polizas = db.preparada("SELECT IdPoliza, CASE WHEN IFNULL(Poliza_Mes13,0) <> 0 THEN 1 WHEN "
+    Sentencia& polizas = PreparaCon(db, "SELECT IdPoliza, CASE WHEN IFNULL(Poliza_Mes13,0) <> 0 THEN 1 WHEN "
                                       "IFNULL(Poliza_Ajuste,0) <> 0 THEN 2 ELSE 0 END, rowid, Poliza, Tipo "
-                                      "FROM Polizas WHERE " + condicion);
-    polizas.reinicia();
-    for (size_t i = 0; i < valores.size(); ++i) polizas.liga(static_cast<int>(i) + 1, valores[i]);
+                                      "FROM Polizas WHERE " + condicion, valores);
     bool exactas = true;
     std::pair<std::int64_t, std::int64_t> mayor{0, 0};
     while (exactas && polizas.paso()) {
@@ -145,13 +143,15 @@ bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::strin
         bool operator==(const Grupo& o) const { return clase == o.clase && cargo == o.cargo && cuenta == o.cuenta; }
     };
     struct HashGrupo {
-        size_t operator()(const Grupo& g) const { return std::hash<std::string>()(g.cuenta) * 4 + g.clase * 2 + g.cargo; }
+        size_t operator()(const Grupo& g) const {
+            return std::hash<std::string>()(g.cuenta) * 4 + static_cast<size_t>(g.clase) * 2 + g.cargo;
+        }
     };
     std::unordered_map<Grupo, Moneda, HashGrupo> grupos;
-    Sentencia& lineas = db.preparada("SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
-                                     "(SELECT IdPoliza FROM Polizas WHERE " + condicion + ")");
-    lineas.reinicia();
-    for (size_t i = 0; i < valores.size(); ++i) lineas.liga(static_cast<int>(i) + 1, valores[i]);
+    Sentencia& lineas = PreparaCon(db,
+                                   "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
+                                   "(SELECT IdPoliza FROM Polizas WHERE " + condicion + ")",
+                                   valores);
     while (exactas && lineas.paso()) {
         const Valor id = lineas.columna(0);
         auto clase = id.esEntero() ? clases.find(id.entero()) : clases.end();

@@ -534,13 +534,6 @@ FiltroMes CondicionDelMes(BaseDatos& db, const std::string& tabla, bool mes13, i
     return f;
 }
 
-Sentencia& PreparaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
-    Sentencia& st = db.preparada(sql);
-    st.reinicia();
-    for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
-    return st;
-}
-
 bool HayPolizas(BaseDatos& db, const std::string& tabla, const FiltroMes& cuales) {
     Sentencia& st = PreparaCon(db, "SELECT 1 FROM " + tabla + " WHERE " + cuales.condicion + " LIMIT 1", cuales.valores);
     const bool hay = st.paso();

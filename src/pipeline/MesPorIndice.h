@@ -88,12 +88,18 @@ inline FiltroMes FiltroDeMesTmp(BaseDatos& db, const std::string& tabla, int mes
     return FiltroDeMes(db, tabla, mes);
 }
 
-/// A query whose parameters are given as a list.
-inline Consulta ConsultaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
+/// The kept statement of `sql`, reset, with the parameters given as a list:
+/// for reading its rows one by one (paso, columna), then reinicia.
+inline Sentencia& PreparaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
     Sentencia& st = db.preparada(sql);
     st.reinicia();
     for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
-    return Consulta(st);
+    return st;
+}
+
+/// A query whose parameters are given as a list.
+inline Consulta ConsultaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
+    return Consulta(PreparaCon(db, sql, valores));
 }
 
 /// The last voucher, by IdPoliza, of `tabla` under `condicion`: its Poliza,
@@ -110,10 +116,7 @@ inline Consulta UltimaPolizaDelMes(BaseDatos& db, const std::string& tabla, cons
 
 /// A statement whose parameters are given as a list; the rows it changed.
 inline int EjecutaCon(BaseDatos& db, const std::string& sql, const std::vector<Valor>& valores) {
-    Sentencia& st = db.preparada(sql);
-    st.reinicia();
-    for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
-    return st.ejecuta();
+    return PreparaCon(db, sql, valores).ejecuta();
 }
 
 }  // namespace velmorant

@@ -92,10 +92,10 @@ struct PolizaConAviso {
 std::vector<PolizaConAviso> PolizasConAviso(BaseDatos& db, const FiltroMes& delMes,
                                             const std::unordered_map<std::int64_t, Moneda>& diferencias,
                                             std::optional<PolizaConAviso>& ultima, bool& leidas) {
-    Sentencia& st = db.preparada("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp "
-                                 "WHERE " + delMes.condicion);
-    st.reinicia();
-    for (size_t i = 0; i < delMes.valores.size(); ++i) st.liga(static_cast<int>(i) + 1, delMes.valores[i]);
+    Sentencia& st = PreparaCon(db,
+                               "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp "
+                               "WHERE " + delMes.condicion,
+                               delMes.valores);
     std::vector<PolizaConAviso> r;
     leidas = true;
     while (leidas && st.paso()) {
@@ -117,8 +117,9 @@ std::vector<PolizaConAviso> PolizasConAviso(BaseDatos& db, const FiltroMes& delM
 /// company's chart knows, without case.
 std::unordered_set<std::string> CuentasConocidas(BaseDatos& db) {
     std::unordered_set<std::string> r;
-    for (const char* sql : {"SELECT CuentaSinSeparadores FROM CuentasTmp.Cuentas WHERE CuentaSinSeparadores IS NOT NULL",
-                            "SELECT Cuenta FROM main.Cuentas WHERE Cuenta IS NOT NULL"}) {
+    for (const char* sql :
+         {"SELECT CuentaSinSeparadores FROM CuentasTmp.Cuentas WHERE CuentaSinSeparadores IS NOT NULL",
+          "SELECT Cuenta FROM main.Cuentas WHERE Cuenta IS NOT NULL"}) {
         Sentencia& st = db.preparada(sql);
         st.reinicia();
         while (st.paso()) r.insert(SinMayusculasAscii(st.columna(0).texto()));
@@ -136,10 +137,10 @@ std::unordered_set<std::string> CuentasConocidas(BaseDatos& db) {
 /// reading the lines.
 std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const FiltroMes& delMes) {
     const auto conocidas = CuentasConocidas(db);
-    Sentencia& st = db.preparada("SELECT d.IdPoliza, d.Cuenta, d.TipoMov, d.Importe FROM Polizas_Detalle_Tmp d "
-                                 "WHERE d.IdPoliza IN (SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ")");
-    st.reinicia();
-    for (size_t i = 0; i < delMes.valores.size(); ++i) st.liga(static_cast<int>(i) + 1, delMes.valores[i]);
+    Sentencia& st = PreparaCon(db,
+                               "SELECT d.IdPoliza, d.Cuenta, d.TipoMov, d.Importe FROM Polizas_Detalle_Tmp d "
+                               "WHERE d.IdPoliza IN (SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ")",
+                               delMes.valores);
     std::unordered_map<std::int64_t, Moneda> sumas;
     while (st.paso()) {
         const Valor id = st.columna(0), cuenta = st.columna(1);
@@ -162,10 +163,10 @@ bool CuentasRegistrables(DestinosEnBalanza& destinos, BaseDatos& db, const Filtr
     // The accounts are gathered in memory: the engine's DISTINCT sorted
     // every line of the month.
     std::unordered_set<std::string> cuentas;
-    Sentencia& st = db.preparada("SELECT Cuenta FROM Polizas_Detalle WHERE IdPoliza IN "
-                                 "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND " + delMes.condicion + ")");
-    st.reinicia();
-    for (size_t i = 0; i < delMes.valores.size(); ++i) st.liga(static_cast<int>(i) + 1, delMes.valores[i]);
+    Sentencia& st = PreparaCon(db,
+                               "SELECT Cuenta FROM Polizas_Detalle WHERE IdPoliza IN "
+                               "(SELECT IdPoliza FROM Polizas WHERE Cuadrada AND " + delMes.condicion + ")",
+                               delMes.valores);
     while (st.paso()) cuentas.insert(SiNuloTexto(st.columna(0)));
     st.reinicia();
     for (const std::string& cuenta : cuentas)
@@ -246,7 +247,8 @@ void GuardaPolizas(Sesion& s, const std::string& mes) {
     const int polizas = EjecutaCon(db,
                "INSERT INTO Polizas (IdPoliza, Poliza, Tipo, Fecha, Concepto, Poliza_Deshabilitada, Cuadrada, "
                "Poliza_Mes13, Poliza_Ajuste) "
-               "SELECT IdPoliza, Poliza, Tipo, Fecha, substr(" + SqlSinCaracteresEspeciales("Concepto") + ", 1, 255), " +
+               "SELECT IdPoliza, Poliza, Tipo, Fecha, substr(" + SqlSinCaracteresEspeciales("Concepto") +
+                   ", 1, 255), " +
                    SqlBooleano("Poliza_Deshabilitada") + ", " + SqlBooleano("Cuadrada") + ", " +
                    SqlBooleano("Poliza_Mes13") + ", " + SqlBooleano("Poliza_Ajuste") +
                    " FROM Polizas_Tmp WHERE " + delMes.condicion + " ORDER BY IdPoliza ASC",
