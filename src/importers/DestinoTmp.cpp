@@ -5,6 +5,7 @@
 #include "importers/Limpieza.h"
 #include "pipeline/Inconsistencias.h"
 #include "pipeline/Polizas.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 #include "store/AlmacenesTemporales.h"
 
@@ -15,14 +16,6 @@ namespace {
 BaseDatos& Almacen(BaseDatos* db, const char* nombre) {
     if (!db) throw std::logic_error(std::string("El almacén temporal ") + nombre + " no está abierto");
     return *db;
-}
-
-// Text keys compare as the stores' columns do: without case, ASCII only.
-std::string Pliega(const std::string& t) {
-    std::string r = t;
-    for (char& c : r)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return r;
 }
 
 std::string Corta(const std::string& t, size_t largo) { return largo == 0 ? t : Izquierda(t, largo); }
@@ -79,7 +72,7 @@ void DestinoTmp::agregaCuenta(const CuentaLeida& c) {
     st.reinicia();
     for (size_t i = 0; i < valores.size(); ++i) st.liga(static_cast<int>(i) + 1, valores[i]);
     st.ejecuta();
-    if (cuentasCargadas_) cuentasTmp_.insert(Pliega(c.CuentaSinSeparadores));
+    if (cuentasCargadas_) cuentasTmp_.insert(SinMayusculasAscii(c.CuentaSinSeparadores));
 }
 
 bool DestinoTmp::tieneCuentaTmp(const std::string& cuenta) {
@@ -223,17 +216,17 @@ bool DestinoTmp::cuentaConocida(const std::string& cuenta) {
         Sentencia& st = Almacen(s_.DbCuentasTmp, kCuentasTmp)
                             .preparada("SELECT CuentaSinSeparadores FROM CuentasTmp.Cuentas");
         st.reinicia();
-        while (st.paso()) cuentasTmp_.insert(Pliega(st.columna(0).texto()));
+        while (st.paso()) cuentasTmp_.insert(SinMayusculasAscii(st.columna(0).texto()));
         st.reinicia();
         cuentasCargadas_ = true;
     }
-    return cuentasTmp_.count(Pliega(cuenta)) > 0;
+    return cuentasTmp_.count(SinMayusculasAscii(cuenta)) > 0;
 }
 
 bool DestinoTmp::primeraVezEnBitacora(const std::string& cuenta) {
     // The log is asked once per account: an account dropped from the chart
     // may already be there from the chart's comparison.
-    if (!cuentasEnBitacora_.insert(Pliega(cuenta)).second) return false;
+    if (!cuentasEnBitacora_.insert(SinMayusculasAscii(cuenta)).second) return false;
     return !ExisteInconsistenciaCuenta(s_, cuenta);
 }
 

@@ -2,15 +2,11 @@
 
 #include <cstring>
 
+#include "platform/Texto.h"
+
 namespace velmorant {
 
 namespace {
-
-std::string Minusculas(std::string t) {
-    for (char& c : t)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return t;
-}
 
 // Byte offset of character `n` (from 0) of a UTF-8 text; its size past the end.
 size_t ByteDelCaracter(const std::string& t, size_t n) {
@@ -62,7 +58,7 @@ std::vector<std::string> DivideLinea(const std::string& linea, const std::string
     // Case matters only to letters: a separator without them is found in
     // the line as it stands.
     if (!TieneLetras(separador)) RecorrePartes(linea, linea, separador, agrega);
-    else RecorrePartes(linea, Minusculas(linea), Minusculas(separador), agrega);
+    else RecorrePartes(linea, SinMayusculasAscii(linea), SinMayusculasAscii(separador), agrega);
     return partes;
 }
 
@@ -77,7 +73,7 @@ std::string TextoEnPosicion(const std::string& linea, int posicion, int largo) {
 FuenteTextoDelimitado::FuenteTextoDelimitado(const std::string& ruta, std::string separador, bool quitaComillas)
     : archivo_(ruta),
       separador_(std::move(separador)),
-      separadorPlegado_(Minusculas(separador_)),
+      separadorPlegado_(SinMayusculasAscii(separador_)),
       conLetras_(TieneLetras(separador_)),
       quitaComillas_(quitaComillas),
       total_(archivo_.diagnostico().lineas >= 0 ? archivo_.diagnostico().lineas : CuentaLineasTexto(ruta)) {}
@@ -104,7 +100,7 @@ bool FuenteTextoDelimitado::siguiente(Fila& fila) {
     } else if (!conLetras_) {
         RecorrePartes(linea, linea, separador_, agrega);
     } else {
-        plegada_ = Minusculas(std::string(linea));
+        plegada_ = SinMayusculasAscii(std::string(linea));
         RecorrePartes(linea, plegada_, separadorPlegado_, agrega);
     }
     fila.celdas.resize(n);
