@@ -19,13 +19,8 @@
 
 namespace velmorant::prueba {
 
-class EntornoHistorial : public ::testing::Test {
+class EntornoHistorial : public EntornoImportacion {
 protected:
-    AjustesAislados ajustes;
-    CarpetaTemporal dir;
-    InteraccionGuionada ui;
-    Sesion s;
-    ArchivosImportacion archivos;
 
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");

@@ -2,8 +2,11 @@
 // The company most run tests import into, created in a fresh base and
 // opened as the audit product would open it.
 
+#include <gtest/gtest.h>
+
 #include <string>
 
+#include "importers/Importador.h"
 #include "session/Sesion.h"
 #include "store/AltaBase.h"
 #include "support/Entorno.h"
@@ -19,5 +22,16 @@ DatosEmpresaNueva EmpresaAcme();
 /// in `s`, whose questions `ui` answers. Returns the base's folder.
 std::string AbreEmpresaNueva(Sesion& s, InteraccionGuionada& ui, const CarpetaTemporal& dir,
                              const DatosEmpresaNueva& datos);
+
+/// A test that imports into a company of its own: isolated settings, a
+/// folder, scripted answers, the session and the run's files.
+class EntornoImportacion : public ::testing::Test {
+protected:
+    AjustesAislados ajustes;
+    CarpetaTemporal dir;
+    InteraccionGuionada ui;
+    Sesion s;
+    ArchivosImportacion archivos;
+};
 
 }  // namespace velmorant::prueba

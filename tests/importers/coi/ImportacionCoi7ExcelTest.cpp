@@ -45,13 +45,8 @@ void Fila(lxw_worksheet* h, int fila, const std::vector<std::string>& celdas) {
     }
 }
 
-class ImportacionCoi7Excel : public ::testing::Test {
+class ImportacionCoi7Excel : public EntornoImportacion {
 protected:
-    AjustesAislados ajustes;
-    CarpetaTemporal dir;
-    InteraccionGuionada ui;
-    Sesion s;
-    ArchivosImportacion archivos;
 
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");

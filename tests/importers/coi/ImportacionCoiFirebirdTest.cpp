@@ -90,13 +90,8 @@ std::string DatosCoi(const std::string& s) {
            linea(2024, 1, "2024-01-05 00:00:00", "    9", "Dr", 1, "D", "1000101", "1");
 }
 
-class ImportacionCoiFirebird : public ::testing::Test {
+class ImportacionCoiFirebird : public EntornoImportacion {
 protected:
-    AjustesAislados ajustes;
-    CarpetaTemporal dir;
-    InteraccionGuionada ui;
-    Sesion s;
-    ArchivosImportacion archivos;
 
     void SetUp() override {
         if (BuscaIsql().empty()) GTEST_SKIP() << "isql-fb no está instalado (paquete firebird3.0-utils)";

@@ -31,13 +31,8 @@ std::string Poliza(const std::string& numero, const std::string& fecha, const st
            lineas + "</sat:Poliza>\n";
 }
 
-class ImportacionSat : public ::testing::Test {
+class ImportacionSat : public EntornoImportacion {
 protected:
-    AjustesAislados ajustes;
-    CarpetaTemporal dir;
-    InteraccionGuionada ui;
-    Sesion s;
-    ArchivosImportacion archivos;
 
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");

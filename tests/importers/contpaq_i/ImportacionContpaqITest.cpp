@@ -34,13 +34,8 @@ const std::vector<std::string> kCatalogo = {
     Cuenta("4000102", "Servicios", "4000100", "B"),
 };
 
-class ImportacionContpaqI : public ::testing::Test {
+class ImportacionContpaqI : public EntornoImportacion {
 protected:
-    AjustesAislados ajustes;
-    CarpetaTemporal dir;
-    InteraccionGuionada ui;
-    Sesion s;
-    ArchivosImportacion archivos;
 
     void SetUp() override {
         DatosEmpresaNueva d = EmpresaAcme();

@@ -91,13 +91,8 @@ std::vector<Movimiento> Movimientos() {
     };
 }
 
-class ImportacionContpaq : public ::testing::Test {
+class ImportacionContpaq : public EntornoImportacion {
 protected:
-    AjustesAislados ajustes;
-    CarpetaTemporal dir;
-    InteraccionGuionada ui;
-    Sesion s;
-    ArchivosImportacion archivos;
     std::string base;
 
     void SetUp() override {

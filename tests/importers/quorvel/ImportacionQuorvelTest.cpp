@@ -48,13 +48,8 @@ std::string Linea(const std::string& tipo, const std::string& numero, const std:
            std::to_string(movim) + ", D('" + importe + "'), d(2025, 12, 31))";
 }
 
-class ImportacionQuorvel : public ::testing::Test {
+class ImportacionQuorvel : public EntornoImportacion {
 protected:
-    AjustesAislados ajustes;
-    CarpetaTemporal dir;
-    InteraccionGuionada ui;
-    Sesion s;
-    ArchivosImportacion archivos;
 
     void SetUp() override {
         DatosEmpresaNueva d = EmpresaAcme();
