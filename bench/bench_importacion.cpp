@@ -19,49 +19,23 @@
 #include <iostream>
 #include <string>
 
-#include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
+#include "AnioGenerado.h"
 #include "pipeline/Importacion.h"
 #include "platform/Ajustes.h"
 #include "session/Inicio.h"
 #include "store/AltaBase.h"
 
 using namespace velmorant;
+using namespace velmorant::bench;
 namespace fs = std::filesystem;
 
 namespace {
-
-class Callada : public Interaccion {
-public:
-    bool mensaje(TipoMensaje, const std::string&, const std::string&) override { return false; }
-    std::string eligeArchivo(const std::string&, const std::string&) override { return ""; }
-    DecisionInconsistencias decideInconsistencias(const std::string&, const ConteoInconsistencias&) override {
-        return DecisionInconsistencias::Continuar;
-    }
-};
 
 long PicoMemoriaKb() {
     std::ifstream f("/proc/self/status");
     for (std::string l; std::getline(f, l);)
         if (l.rfind("VmHWM:", 0) == 0) return std::atol(l.c_str() + 6);
     return 0;
-}
-
-ArchivosImportacion Archivos(const fs::path& dir) {
-    static const char* marcas[] = {"ENE", "FEB", "MZO", "ABR", "MAY", "JUN", "JUL", "AGO", "SEP", "OCT", "NOV", "DIC"};
-    ArchivosImportacion a;
-    a.catalogo = (dir / "catalogo.txt").string();
-    for (int m = 0; m < 12; ++m) a.meses[static_cast<size_t>(m)] = (dir / (std::string("pol_") + marcas[m] + ".txt")).string();
-    return a;
-}
-
-ImportadorTextoDelimitado Importador() {
-    LecturaDelimitada l;
-    l.separador = "|";
-    auto& c = l.config;
-    c.PIniCuenta = 1, c.PIniDescripcion = 2, c.PIniNaturaleza = 3, c.PIniNivel = 4, c.PIniSdoIni = 6;
-    c.PIniNumPol = 1, c.PIniTipo = 2, c.PIniDia = 3, c.PIniMes = 4, c.PIniAnio = 5, c.PIniCtaPol = 6;
-    c.PIniRef = 7, c.PIniConcept = 8, c.PIniCargo = 9, c.PIniAbono = 10;
-    return ImportadorTextoDelimitado(l, false);
 }
 
 // Wall seconds; `cpu` receives the process's CPU seconds of the run, the
@@ -71,7 +45,7 @@ double Importa(const fs::path& base, const fs::path& archivos, long& lineas, dou
     Sesion s;
     s.interaccion = &ui;
     IniciaSesion(s, {base.string(), "BENCH", "2025"});
-    auto importador = Importador();
+    auto importador = ImportadorDelAnio();
     auto inicio = std::chrono::steady_clock::now();
     std::clock_t cpuInicio = std::clock();
     auto r = EjecutaImportacion(s, importador, Archivos(archivos));
@@ -91,22 +65,10 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     long pedidas = argc > 1 ? std::atol(argv[1]) : 200000;
-    fs::path dir = fs::temp_directory_path() / ("velmorant-bench-" + std::to_string(::getpid()));
-    fs::create_directories(dir);
-    setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 1);
-    setenv("VELMORANT_DATOS", (dir / "datos").c_str(), 1);
-    fs::path genera = fs::path(CarpetaPrograma()) / ".." / "tools" / "velmorant-genera-demo";
-    for (int v : {1, 2}) {
-        std::string cmd = "'" + genera.string() + "' '" + (dir / ("entrega" + std::to_string(v))).string() +
-                          "' --variante " + std::to_string(v) + " --lineas " + std::to_string(pedidas) + " >/dev/null";
-        if (std::system(cmd.c_str()) != 0) {
-            std::cerr << "no se pudo generar el año con " << genera << "\n";
-            return 1;
-        }
-    }
-    std::string base = CreaBase((dir / "base").string());
-    DatosEmpresaNueva d{"BENCH", "Bench", 2025, "999-99-99", "-", {3, 2, 2}, true, true, false, 6, 0, 0, 12};
-    CreaEmpresa(base, d);
+    auto anio = bench::GeneraAnio(pedidas);
+    if (!anio) return 1;
+    const fs::path dir = anio->dir;
+    const std::string base = anio->base;
 
     long lineas1 = 0, lineas2 = 0;
     double cpu1 = 0, cpu2 = 0;

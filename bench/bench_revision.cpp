@@ -28,50 +28,18 @@
 #include <tuple>
 #include <vector>
 
-#include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
+#include "AnioGenerado.h"
 #include "pipeline/Importacion.h"
 #include "platform/Ajustes.h"
 #include "session/Inicio.h"
 #include "store/AltaBase.h"
 
 using namespace velmorant;
+using namespace velmorant::bench;
 namespace fs = std::filesystem;
 using Reloj = std::chrono::steady_clock;
 
 namespace {
-
-class Callada : public Interaccion {
-public:
-    bool mensaje(TipoMensaje, const std::string&, const std::string&) override { return false; }
-    std::string eligeArchivo(const std::string&, const std::string&) override { return ""; }
-    DecisionInconsistencias decideInconsistencias(const std::string&, const ConteoInconsistencias&) override {
-        return DecisionInconsistencias::Continuar;
-    }
-};
-
-ArchivosImportacion Archivos(const fs::path& dir) {
-    static const char* marcas[] = {"ENE", "FEB", "MZO", "ABR", "MAY", "JUN", "JUL", "AGO", "SEP", "OCT", "NOV", "DIC"};
-    ArchivosImportacion a;
-    a.catalogo = (dir / "catalogo.txt").string();
-    for (int m = 0; m < 12; ++m)
-        a.meses[static_cast<size_t>(m)] = (dir / (std::string("pol_") + marcas[m] + ".txt")).string();
-    return a;
-}
-
-ImportadorTextoDelimitado Importador() {
-    LecturaDelimitada l;
-    l.separador = "|";
-    auto& c = l.config;
-    c.PIniCuenta = 1, c.PIniDescripcion = 2, c.PIniNaturaleza = 3, c.PIniNivel = 4, c.PIniSdoIni = 6;
-    c.PIniNumPol = 1, c.PIniTipo = 2, c.PIniDia = 3, c.PIniMes = 4, c.PIniAnio = 5, c.PIniCtaPol = 6;
-    c.PIniRef = 7, c.PIniConcept = 8, c.PIniCargo = 9, c.PIniAbono = 10;
-    return ImportadorTextoDelimitado(l, false);
-}
-
-void AbreSesion(Sesion& s, Interaccion& ui, const fs::path& base) {
-    s.interaccion = &ui;
-    IniciaSesion(s, {base.string(), "BENCH", "2025"});
-}
 
 // Each step's wall and CPU seconds, from its start to the next step's.
 struct Tiempos {
@@ -99,7 +67,7 @@ void Importa(const fs::path& base, const fs::path& archivos, Tiempos* tiempos) {
     Callada ui;
     Sesion s;
     AbreSesion(s, ui, base);
-    auto importador = Importador();
+    auto importador = ImportadorDelAnio();
     OpcionesEjecucion op;
     if (tiempos) op.antesDePaso = [tiempos](const std::string& p) { tiempos->antes(p); };
     auto r = EjecutaImportacion(s, importador, Archivos(archivos), op);
@@ -191,22 +159,10 @@ int main(int argc, char** argv) {
     long lineas = argc > 2 ? std::atol(argv[2]) : 50000;
     long cadaPerdido = argc > 3 ? std::atol(argv[3]) : 10;
     const bool mezcla = argc > 4 && std::string(argv[4]) == "--mezcla";
-    fs::path dir = fs::temp_directory_path() / ("velmorant-bench-" + std::to_string(::getpid()));
-    fs::create_directories(dir);
-    setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 1);
-    setenv("VELMORANT_DATOS", (dir / "datos").c_str(), 1);
-    fs::path genera = fs::path(CarpetaPrograma()) / ".." / "tools" / "velmorant-genera-demo";
-    for (int v : {1, 2}) {
-        std::string cmd = "'" + genera.string() + "' '" + (dir / ("entrega" + std::to_string(v))).string() +
-                          "' --variante " + std::to_string(v) + " --lineas " + std::to_string(lineas) + " >/dev/null";
-        if (std::system(cmd.c_str()) != 0) {
-            std::cerr << "no se pudo generar el año con " << genera << "\n";
-            return 1;
-        }
-    }
-    std::string base = CreaBase((dir / "base").string());
-    DatosEmpresaNueva d{"BENCH", "Bench", 2025, "999-99-99", "-", {3, 2, 2}, true, true, false, 6, 0, 0, 12};
-    CreaEmpresa(base, d);
+    auto anio = bench::GeneraAnio(lineas);
+    if (!anio) return 1;
+    const fs::path dir = anio->dir;
+    const std::string base = anio->base;
 
     Importa(base, dir / "entrega1", nullptr);
     long escritos = EscribeTrabajo(base, renglones, cadaPerdido, mezcla);
