@@ -13,7 +13,10 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 
+#include "app/RegistroFormularios.h"
+#include "app/frm000ImportadorDescrito.h"
 #include "platform/Ajustes.h"
 #include "session/Enlaces.h"
 #include "session/Inicio.h"
@@ -115,6 +118,16 @@ inline void GuardaCaptura(QWidget* forma, const QString& nombre) {
     QDir carpeta(QCoreApplication::applicationDirPath() + "/capturas");
     carpeta.mkpath(".");
     forma->grab().save(carpeta.filePath(nombre + ".png"));
+}
+
+/// The generic form of link `enlace`, as the register makes it; null when
+/// the link has a form of its own.
+inline std::unique_ptr<app::frm000ImportadorDescrito> FormaDescrita(Escenario& e, int enlace) {
+    auto f = app::CreaFormularioImportador(enlace, e.sesion, nullptr);
+    auto* descrito = dynamic_cast<app::frm000ImportadorDescrito*>(f.get());
+    if (!descrito) return nullptr;
+    f.release();
+    return std::unique_ptr<app::frm000ImportadorDescrito>(descrito);
 }
 
 /// Texts of the messages shown, in order.

@@ -2,26 +2,12 @@
 // their file rows and pickers, the options of link 95, the message of a
 // missing catalogue, and a whole run from the form on files written here.
 
-#include "app/RegistroFormularios.h"
-#include "app/frm000ImportadorDescrito.h"
 #include "app/Escenario.h"
 #include "../importers/contpaq_i/ArchivosContpaqI.h"
 
 using namespace velmorant;
 using namespace velmorant::prueba;
 using velmorant::app::frm000ImportadorDescrito;
-
-namespace {
-
-std::unique_ptr<frm000ImportadorDescrito> Forma(Escenario& e, int enlace) {
-    auto f = app::CreaFormularioImportador(enlace, e.sesion, nullptr);
-    auto* descrito = dynamic_cast<frm000ImportadorDescrito*>(f.get());
-    if (!descrito) return nullptr;
-    f.release();
-    return std::unique_ptr<frm000ImportadorDescrito>(descrito);
-}
-
-}  // namespace
 
 class frm033ContpaqITest : public QObject {
     Q_OBJECT
@@ -33,7 +19,7 @@ private slots:
 
     void mejoradoOfreceSusOpciones() {
         Escenario e;
-        auto f = Forma(e, 95);
+        auto f = FormaDescrita(e, 95);
         QVERIFY(f);
         f->show();
         QCOMPARE(f->windowTitle(), QString("ContPAQ i - Mejorado"));
@@ -72,7 +58,7 @@ private slots:
 
     void anteriorSinCatalogoLoDiceYNoImporta() {
         Escenario e;
-        auto f = Forma(e, 36);
+        auto f = FormaDescrita(e, 36);
         QVERIFY(f);
         f->show();
         QCOMPARE(f->windowTitle(), QString("ContPAQ i"));
@@ -86,7 +72,7 @@ private slots:
 
     void unaImportacionDesdeLaFormaDejaLasPolizas() {
         Escenario e;
-        auto f = Forma(e, 95);
+        auto f = FormaDescrita(e, 95);
         f->show();
         // The company's codes are eight characters long (9999-99-99).
         const std::string catalogo = e.dir.texto() + "CATALOGO.TXT", polizas = e.dir.texto() + "CPOLIZAS.TXT";

@@ -5,25 +5,11 @@
 
 #include <QComboBox>
 
-#include "app/RegistroFormularios.h"
-#include "app/frm000ImportadorDescrito.h"
 #include "app/Escenario.h"
 
 using namespace velmorant;
 using namespace velmorant::prueba;
 using velmorant::app::frm000ImportadorDescrito;
-
-namespace {
-
-std::unique_ptr<frm000ImportadorDescrito> Forma(Escenario& e, int enlace) {
-    auto f = app::CreaFormularioImportador(enlace, e.sesion, nullptr);
-    auto* descrito = dynamic_cast<frm000ImportadorDescrito*>(f.get());
-    if (!descrito) return nullptr;
-    f.release();
-    return std::unique_ptr<frm000ImportadorDescrito>(descrito);
-}
-
-}  // namespace
 
 class frmImportadoresAuditoriaTest : public QObject {
     Q_OBJECT
@@ -34,7 +20,7 @@ private slots:
 
     void quorvel4PideSusTresTablasYElMes() {
         Escenario e;
-        auto f = Forma(e, 56);
+        auto f = FormaDescrita(e, 56);
         QVERIFY(f);
         f->show();
         QCOMPARE(f->windowTitle(), QString("Quorvel 4.0"));
@@ -71,7 +57,7 @@ private slots:
 
     void sinCatalogoNiPolizasLoDiceYNoImporta() {
         Escenario e;
-        auto f = Forma(e, 56);
+        auto f = FormaDescrita(e, 56);
         f->show();
         QTest::mouseClick(f->cmdImportar, Qt::LeftButton);
         QCOMPARE(Textos(e.ui), QStringList{"Especifique por favor el archivo que contiene el catálogo de cuentas"});
@@ -87,7 +73,7 @@ private slots:
 
     void quorvel5EsUnaBaseDeDatos() {
         Escenario e;
-        auto f = Forma(e, 57);
+        auto f = FormaDescrita(e, 57);
         QVERIFY(f);
         f->show();
         QCOMPARE(f->windowTitle(), QString("Quorvel 5.0"));
@@ -104,7 +90,7 @@ private slots:
 
     void softexPideSuBaseConLasPalabrasDeSiempre() {
         Escenario e;
-        auto f = Forma(e, 20);
+        auto f = FormaDescrita(e, 20);
         QVERIFY(f);
         f->show();
         QCOMPARE(f->windowTitle(), QString("Softex"));
