@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "support/Cli.h"
 #include "support/Entorno.h"
 
 namespace fs = std::filesystem;
@@ -36,8 +37,7 @@ protected:
     velmorant::prueba::CarpetaTemporal dir;
 
     Resultado Corre(const std::string& argumentos) {
-        return velmorant::prueba::CorreProceso("XDG_CONFIG_HOME='" + dir.texto() + "config' VELMORANT_DATOS='" +
-                                               dir.texto() + "datos' '" VELMORANT_CLI "' " + argumentos);
+        return velmorant::prueba::CorreCli(dir, argumentos);
     }
     std::string ruta(const std::string& nombre) { return dir.texto() + nombre; }
     void escribe(const std::string& nombre, const std::string& texto) { std::ofstream(ruta(nombre)) << texto; }
@@ -48,16 +48,8 @@ protected:
     }
 
     void SetUp() override {
-        ASSERT_EQ(Corre("base crear '" + ruta("base") + "'").estado, 0);
-        auto r = Corre("--base '" + ruta("base") +
-                       "' empresa crear --nombre-corto DEMO --nombre Demo --ejercicio 2025 --formato 999-99-99 "
-                       "--separador - --niveles 3,2,2 --cat-arbol");
-        ASSERT_EQ(r.estado, 0) << r.salida;
-        ASSERT_EQ(Corre("--base '" + ruta("base") + "' empresa abrir DEMO 2025").estado, 0);
-        r = Corre("configuracion crear T --enlace 82 --si PIniCuenta=1 PIniDescripcion=2 PIniNaturaleza=3 "
-                  "PIniSdoIni=4 PIniNumPol=1 PIniTipo=2 PIniDia=3 PIniMes=4 PIniAnio=5 PIniCtaPol=6 PIniRef=7 "
-                  "PIniConcept=8 PIniCargo=9 PIniAbono=10");
-        ASSERT_EQ(r.estado, 0) << r.salida;
+        PreparaEmpresaDemoCli(dir);
+        if (HasFatalFailure()) return;
         escribe("catalogo.txt", kCatalogo);
         escribe("ene.txt", Mes(1));
         escribe("feb.txt", Mes(2));

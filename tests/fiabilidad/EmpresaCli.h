@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/BaseDatos.h"
+#include "support/Cli.h"
 #include "support/Entorno.h"
 
 namespace velmorant::prueba {
@@ -64,8 +65,7 @@ protected:
 
     /// `entorno` goes before the program (variables, or a wrapper such as setpriv).
     ResultadoProceso Corre(const std::string& argumentos, const std::string& entorno = "") {
-        return CorreProceso("XDG_CONFIG_HOME='" + dir.texto() + "config' VELMORANT_DATOS='" + dir.texto() +
-                            "datos' " + entorno + " '" VELMORANT_CLI "' " + argumentos);
+        return CorreCli(dir, argumentos, entorno);
     }
     void escribe(const std::string& nombre, const std::string& bytes) {
         std::ofstream(ruta(nombre), std::ios::binary) << bytes;
@@ -80,19 +80,11 @@ protected:
     }
 
     void SetUp() override {
-        ASSERT_EQ(Corre("base crear '" + ruta("base") + "'").estado, 0);
-        auto r = Corre("--base '" + ruta("base") +
-                       "' empresa crear --nombre-corto DEMO --nombre Demo --ejercicio 2025 --formato 999-99-99 "
-                       "--separador - --niveles 3,2,2 --cat-arbol");
-        ASSERT_EQ(r.estado, 0) << r.salida;
-        ASSERT_EQ(Corre("--base '" + ruta("base") + "' empresa abrir DEMO 2025").estado, 0);
-        r = Corre("configuracion crear T --enlace 82 --si PIniCuenta=1 PIniDescripcion=2 PIniNaturaleza=3 "
-                  "PIniSdoIni=4 PIniNumPol=1 PIniTipo=2 PIniDia=3 PIniMes=4 PIniAnio=5 PIniCtaPol=6 PIniRef=7 "
-                  "PIniConcept=8 PIniCargo=9 PIniAbono=10");
-        ASSERT_EQ(r.estado, 0) << r.salida;
+        PreparaEmpresaDemoCli(dir);
+        if (HasFatalFailure()) return;
         escribe("catalogo.txt", kTitulosCatalogo + kCatalogo);
         escribe("ene.txt", kTitulosPolizas + Partidas());
-        r = Corre(importar(ruta("catalogo.txt"), ruta("ene.txt")));
+        auto r = Corre(importar(ruta("catalogo.txt"), ruta("ene.txt")));
         ASSERT_EQ(r.estado, 0) << r.salida;
     }
 };

@@ -21,6 +21,7 @@
 #include <set>
 
 #include "platform/BaseDatos.h"
+#include "support/Cli.h"
 #include "support/Entorno.h"
 
 namespace fs = std::filesystem;
@@ -67,9 +68,7 @@ protected:
     std::string empresas() { return base() + "/Empresas.sqlite"; }
 
     velmorant::prueba::ResultadoProceso Corre(const std::string& argumentos, const std::string& entorno = "") {
-        return velmorant::prueba::CorreProceso("XDG_CONFIG_HOME='" + dir.texto() + "config' VELMORANT_DATOS='" +
-                                               dir.texto() + "datos' " + entorno + " '" VELMORANT_CLI "' " +
-                                               argumentos);
+        return velmorant::prueba::CorreCli(dir, argumentos, entorno);
     }
     std::string importar(const std::string& entrega) {
         const char* meses[] = {"ENE", "FEB", "MZO", "ABR", "MAY", "JUN", "JUL", "AGO", "SEP", "OCT", "NOV", "DIC"};
