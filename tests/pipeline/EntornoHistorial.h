@@ -21,7 +21,6 @@ namespace velmorant::prueba {
 
 class EntornoHistorial : public EntornoImportacion {
 protected:
-
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");
         DatosEmpresaNueva d = EmpresaAcme();

@@ -47,7 +47,6 @@ void Fila(lxw_worksheet* h, int fila, const std::vector<std::string>& celdas) {
 
 class ImportacionCoi7Excel : public EntornoImportacion {
 protected:
-
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");
         DatosEmpresaNueva d = EmpresaAcme();

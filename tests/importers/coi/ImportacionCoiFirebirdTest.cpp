@@ -92,7 +92,6 @@ std::string DatosCoi(const std::string& s) {
 
 class ImportacionCoiFirebird : public EntornoImportacion {
 protected:
-
     void SetUp() override {
         if (BuscaIsql().empty()) GTEST_SKIP() << "isql-fb no está instalado (paquete firebird3.0-utils)";
         DatosEmpresaNueva d = EmpresaAcme();

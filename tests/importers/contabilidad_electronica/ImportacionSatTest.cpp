@@ -33,7 +33,6 @@ std::string Poliza(const std::string& numero, const std::string& fecha, const st
 
 class ImportacionSat : public EntornoImportacion {
 protected:
-
     void SetUp() override {
         std::string base = CreaBase(dir.texto() + "base");
         DatosEmpresaNueva d = EmpresaAcme();

@@ -36,7 +36,6 @@ const std::vector<std::string> kCatalogo = {
 
 class ImportacionContpaqI : public EntornoImportacion {
 protected:
-
     void SetUp() override {
         DatosEmpresaNueva d = EmpresaAcme();
         d.rellenaCeros = true;

@@ -50,7 +50,6 @@ std::string Linea(const std::string& tipo, const std::string& numero, const std:
 
 class ImportacionQuorvel : public EntornoImportacion {
 protected:
-
     void SetUp() override {
         DatosEmpresaNueva d = EmpresaAcme();
         d.rellenaCeros = true;
