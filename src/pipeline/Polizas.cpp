@@ -174,6 +174,57 @@ bool CuentasRegistrables(DestinosEnBalanza& destinos, BaseDatos& db, const Filtr
     return true;
 }
 
+/// The accounts on the company's voucher lines, one value for each account
+/// as the column compares them (without case), Null among them when a line
+/// has none. They are read by leaps through the index on Cuenta, one seek
+/// per account instead of a read of every line. Nothing when no index
+/// serves the leaps.
+std::optional<std::vector<Valor>> CuentasDeLasLineas(BaseDatos& db) {
+    const char* const kSiguiente = "SELECT Cuenta FROM Polizas_Detalle WHERE Cuenta > ? ORDER BY Cuenta LIMIT 1";
+    Consulta plan = db.consulta(std::string("EXPLAIN QUERY PLAN ") + kSiguiente, "");
+    bool porIndice = false;
+    for (plan.primero(); !plan.eof(); plan.siguiente()) {
+        const std::string detalle = plan["detail"].texto();
+        porIndice = porIndice || (detalle.rfind("SEARCH", 0) == 0 && detalle.find("INDEX") != std::string::npos);
+    }
+    if (!porIndice) return std::nullopt;
+    std::vector<Valor> cuentas;
+    if (!db.escalar("SELECT 1 FROM Polizas_Detalle WHERE Cuenta IS NULL LIMIT 1").esNulo()) cuentas.emplace_back();
+    Valor cuenta = db.escalar("SELECT Cuenta FROM Polizas_Detalle WHERE Cuenta IS NOT NULL ORDER BY Cuenta LIMIT 1");
+    while (!cuenta.esNulo()) {
+        // A value that is not a text (none of this program's) would be
+        // found again and again: the leaps give up.
+        if (!cuenta.esTexto() || (cuentas.size() > 0 && cuentas.back() == cuenta)) return std::nullopt;
+        cuentas.push_back(cuenta);
+        cuenta = db.escalar(kSiguiente, cuenta);
+    }
+    return cuentas;
+}
+
+/// Whether every account on a line of the month's balanced vouchers has a
+/// row of the trial balance to post to and is not accumulative, found
+/// without reading the month's lines: each account of the company's lines
+/// is looked up once, and only the lines of an account that fails are read,
+/// through the index on Cuenta, to see whether one belongs to the month.
+/// Nothing when the leaps cannot be made.
+std::optional<bool> MesSinLineasRechazadas(DestinosEnBalanza& destinos, BaseDatos& db, const FiltroMes& delMes) {
+    const auto cuentas = CuentasDeLasLineas(db);
+    if (!cuentas) return std::nullopt;
+    for (const Valor& cuenta : *cuentas) {
+        if (destinos.destino(SiNuloTexto(cuenta), Valor(), Valor()).fila) continue;
+        std::vector<Valor> valores{cuenta};
+        valores.insert(valores.end(), delMes.valores.begin(), delMes.valores.end());
+        // The lines of the account first, then their vouchers.
+        if (!ConsultaCon(db,
+                         "SELECT 1 FROM Polizas_Detalle d CROSS JOIN Polizas p ON p.IdPoliza = d.IdPoliza "
+                         "WHERE d.Cuenta IS ? AND p.Cuadrada AND " + delMes.condicion + " LIMIT 1",
+                         valores)
+                 .vacia())
+            return false;
+    }
+    return true;
+}
+
 struct CambioTipo {
     const char* anterior;
     const char* nuevo;
@@ -277,7 +328,8 @@ void VerificaConsistenciaPolizas(Sesion& s, const std::string& mes) {
     if (db.escalar("SELECT 1 FROM Balanzas LIMIT 1").esNulo()) return;
     const FiltroMes delMes = FiltroDeMes(db, "Polizas", n);
     DestinosEnBalanza destinos(s);
-    if (CuentasRegistrables(destinos, db, delMes)) {
+    const std::optional<bool> sinRechazos = MesSinLineasRechazadas(destinos, db, delMes);
+    if (sinRechazos ? *sinRechazos : CuentasRegistrables(destinos, db, delMes)) {
         Consulta ultima = UltimaPolizaDelMes(db, "Polizas", "Cuadrada AND " + delMes.condicion, delMes.valores);
         if (!ultima.vacia())
             EtiquetaProgreso(s, "Verificando consistencia en póliza num. " + SiNuloTexto(ultima["Poliza"]) + " de " +

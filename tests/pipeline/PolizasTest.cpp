@@ -227,6 +227,35 @@ TEST(Polizas, UnaLineaQueNoPuedeRegistrarseDeshabilitaLaPolizaEntera) {
     }
 }
 
+// A month is checked on its own lines even when the company's lines of an
+// earlier month use an account that cannot take them, with the index on
+// Cuenta (accounts looked up once each) and without it (the month read).
+TEST(Polizas, LaConsistenciaDeUnMesNoSeContagiaDeOtro) {
+    for (const bool conIndice : {true, false}) {
+        SCOPED_TRACE(conIndice ? "con índice en Cuenta" : "sin índice en Cuenta");
+        EmpresaConAlmacenes e;
+        if (!conIndice) e.s.DbEmpresa->ejecuta("DROP INDEX Polizas_Detalle_Cuenta");
+        e.polizaTmp({.id = 1, .poliza = "1", .tipo = "Dr", .fecha = {2023, 1, 10}},
+                    {{"1101", "D", "5"}, {"9999", "H", "5"}});
+        e.polizaTmp({.id = 2, .poliza = "2", .tipo = "Dr", .fecha = {2023, 2, 10}},
+                    {{"1101", "D", "7"}, {"1102", "H", "7"}});
+        // Not balanced: its unknown account is no reason to reject February.
+        e.polizaTmp({.id = 3, .poliza = "3", .tipo = "Dr", .fecha = {2023, 2, 11}, .cuadrada = false},
+                    {{"8888", "D", "1"}});
+        e.s.UltimoMesNuevo = 2;
+        for (const char* mes : {"01", "02"}) {
+            GuardaPolizas(e.s, mes);
+            VerificaConsistenciaPolizas(e.s, mes);
+        }
+        EXPECT_EQ(e.referencias(),
+                  std::vector<std::string>{"No es posible registrar el movimiento H, 5 , ya que la Cuenta no Existe "});
+        EXPECT_TRUE(e.bandera("Polizas", 1, "Poliza_Deshabilitada"));
+        EXPECT_FALSE(e.bandera("Polizas", 2, "Poliza_Deshabilitada"));
+        EXPECT_FALSE(e.bandera("Polizas", 3, "Poliza_Deshabilitada"));
+        EXPECT_EQ(e.progreso.etiquetas.back(), "Verificando consistencia en póliza num. 2 de Dr Febrero");
+    }
+}
+
 TEST(Polizas, SinBalanzaNoSeVerificaLaConsistencia) {
     EmpresaConAlmacenes e;
     e.s.DbEmpresa->ejecuta("DELETE FROM Balanzas");
