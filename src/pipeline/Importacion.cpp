@@ -525,25 +525,23 @@ ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador
 
 bool MesYaImportado(Sesion& s, const std::string& mes) {
     BaseDatos& db = *s.DbEmpresa;
-    if (db.escalar("SELECT COUNT(*) FROM Polizas").entero() == 0) return true;
-    return db.escalar("SELECT COUNT(*) FROM Polizas WHERE Month(Fecha)=?", std::stoi(mes)).entero() > 0;
+    if (db.escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo()) return true;
+    const int n = std::stoi(mes);
+    return n >= 1 && n <= 12 && MesesConFilas(db, "Polizas").test(static_cast<size_t>(n));
 }
 
 bool ExisteInformacionActual(Sesion& s) { return !s.DbEmpresa->escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo(); }
 
+// The new vouchers must reach the company's last month and share a month
+// with it (any month will do while the company has none). Both month sets
+// come by index, a seek per month, instead of a read of both tables.
 bool ValidaPeriodo(Sesion& s) {
     BaseDatos& db = *s.DbEmpresa;
-    int anterior = MesesConPolizas(db), nuevo = MesesConPolizasTmp(db);
-    if (nuevo < anterior) return false;
-    bool valido = false;
-    Consulta meses = db.consulta(
-        "SELECT Month(Fecha) as MesFecha FROM Polizas_Tmp GROUP BY Month(Fecha) ORDER BY Month(Fecha) ASC");
-    for (meses.primero(); !meses.eof(); meses.siguiente()) {
-        if (s.progreso) s.progreso->cede();
-        int mes = static_cast<int>(meses["MesFecha"].entero());
-        if (MesYaImportado(s, DosDigitos(mes))) valido = true;
-    }
-    return valido;
+    const std::bitset<13> anteriores = MesesConFilas(db, "Polizas"), nuevos = MesesConFilas(db, "Polizas_Tmp");
+    if (s.progreso) s.progreso->cede();
+    if (UltimoMesDe(nuevos) < UltimoMesDe(anteriores)) return false;
+    if (db.escalar("SELECT 1 FROM Polizas_Tmp LIMIT 1").esNulo()) return false;
+    return !ExisteInformacionActual(s) || (nuevos & anteriores).any();
 }
 
 void ActualizaMesesRevision(Sesion& s, int mes) {

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <bitset>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "pipeline/LineasPorPoliza.h"
 #include "pipeline/MesPorIndice.h"
+#include "pipeline/MesesPolizas.h"
 #include "platform/BaseDatos.h"
 #include "support/Entorno.h"
 
@@ -50,6 +52,29 @@ TEST(FiltroDeMes, PicksExactlyTheRowsOfMonthOverOddDates) {
     db.ejecuta("DELETE FROM P WHERE Fecha = ?", std::string("1900-01-10"));
     db.ejecuta("INSERT INTO P (Fecha) VALUES (?)", 45000);
     MismasFilasQueMonth(db);
+}
+
+// The months a table holds, by index seeks or by a read of the table when
+// its dates do not allow the seeks, are the months Month(Fecha) finds.
+TEST(MesesConFilas, SameMonthsAsMonthOverEveryRowEitherWay) {
+    BaseDatos db;
+    db.ejecutaScript("CREATE TABLE P (Fecha TEXT); CREATE INDEX P_Fecha ON P (Fecha);");
+    auto porMonth = [&] {
+        std::bitset<13> r;
+        for (int mes : Filas(db.consulta("SELECT DISTINCT Month(Fecha) FROM P WHERE Month(Fecha) IS NOT NULL")))
+            r.set(static_cast<size_t>(mes));
+        return r;
+    };
+    EXPECT_EQ(MesesConFilas(db, "P").to_ulong(), 0u);
+    EXPECT_EQ(UltimoMesDe(MesesConFilas(db, "P")), 0);
+    for (const char* f : {"2025-03-31", "2024-12-31", "2025-03-15 10:20:00", "2025-02-30", "2025-13-01", "abcd-01-02"})
+        db.ejecuta("INSERT INTO P (Fecha) VALUES (?)", std::string(f));
+    db.ejecuta("INSERT INTO P (Fecha) VALUES (NULL)");
+    EXPECT_EQ(MesesConFilas(db, "P"), porMonth());
+    EXPECT_EQ(UltimoMesDe(MesesConFilas(db, "P")), 12);
+    db.ejecuta("INSERT INTO P (Fecha) VALUES (?)", std::string("1900-07-10"));  // too many years for seeks
+    EXPECT_EQ(MesesConFilas(db, "P"), porMonth());
+    EXPECT_TRUE(MesesConFilas(db, "P").test(7));
 }
 
 TEST(FiltroDeMes, EmptyTableAndTableWithoutDatesPickNothing) {
