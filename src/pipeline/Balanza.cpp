@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -13,6 +15,7 @@
 #include "pipeline/Inconsistencias.h"
 #include "pipeline/LineasPorPoliza.h"
 #include "pipeline/MesPorIndice.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -136,38 +139,55 @@ bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::strin
     }
     polizas.reinicia();
     if (!exactas) return false;
-    struct Grupo {
-        std::string cuenta;
-        int clase;
-        bool cargo;
-        bool operator==(const Grupo& o) const { return clase == o.clase && cargo == o.cargo && cuenta == o.cuenta; }
-    };
-    struct HashGrupo {
-        size_t operator()(const Grupo& g) const {
-            return std::hash<std::string>()(g.cuenta) * 4 + static_cast<size_t>(g.clase) * 2 + g.cargo;
-        }
-    };
-    std::unordered_map<Grupo, Moneda, HashGrupo> grupos;
+    // The month's lines summed by account, kind of voucher and side. Each
+    // account text gets a number once; a voucher's lines, which come
+    // together, find its kind once.
+    PorTexto<std::int64_t> numeroDe;
+    std::vector<std::string> cuentas;
+    std::unordered_map<std::int64_t, Moneda> grupos;  // (account number * 3 + kind) * 2 + debit
+    std::optional<std::int64_t> idActual;
+    int claseActual = 0;
+    std::string otra;
     Sentencia& lineas = PreparaCon(db,
                                    "SELECT IdPoliza, Cuenta, TipoMov, Importe FROM Polizas_Detalle WHERE IdPoliza IN "
                                    "(SELECT IdPoliza FROM Polizas WHERE " + condicion + ")",
                                    valores);
+    using C = Sentencia::Clase;
     while (exactas && lineas.paso()) {
-        const Valor id = lineas.columna(0);
-        auto clase = id.esEntero() ? clases.find(id.entero()) : clases.end();
-        exactas = clase != clases.end();
+        exactas = lineas.clase(0) == C::Entero;
         if (!exactas) break;
-        const Valor tipo = lineas.columna(2);
-        const bool cargo = tipo.esTexto() && tipo.texto() == "D";
-        grupos[Grupo{SiNuloTexto(lineas.columna(1)), clase->second, cargo}] += lineas.columna(3).moneda();
+        const std::int64_t id = lineas.entero(0);
+        if (id != idActual) {
+            auto clase = clases.find(id);
+            exactas = clase != clases.end();
+            if (!exactas) break;
+            idActual = id;
+            claseActual = clase->second;
+        }
+        std::string_view cuenta;
+        if (lineas.clase(1) == C::Texto) {
+            cuenta = lineas.texto(1);
+        } else if (lineas.clase(1) != C::Nulo) {
+            otra = lineas.columna(1).texto();
+            cuenta = otra;
+        }
+        auto numero = numeroDe.find(cuenta);
+        if (numero == numeroDe.end()) {
+            numero = numeroDe.emplace(std::string(cuenta), static_cast<std::int64_t>(cuentas.size())).first;
+            cuentas.emplace_back(cuenta);
+        }
+        const bool cargo = lineas.clase(2) == C::Texto && lineas.texto(2) == "D";
+        const Moneda importe = lineas.clase(3) == C::Entero ? Moneda::desdeDiezmilesimas(lineas.entero(3))
+                                                             : lineas.columna(3).moneda();
+        grupos[(numero->second * 3 + claseActual) * 2 + (cargo ? 1 : 0)] += importe;
     }
     lineas.reinicia();
     if (!exactas) return false;
     Sumas parciales;
-    for (const auto& [g, importe] : grupos) {
-        DestinoLinea destino = destinos.destino(g.cuenta, Valor(), Valor());
+    for (const auto& [grupo, importe] : grupos) {
+        DestinoLinea destino = destinos.destino(cuentas[static_cast<size_t>(grupo / 6)], Valor(), Valor());
         if (!destino.fila) return false;
-        auto [columna, suma] = Celda(g.clase, g.cargo, importe, mes);
+        auto [columna, suma] = Celda(static_cast<int>(grupo / 2 % 3), grupo % 2 == 1, importe, mes);
         parciales[{*destino.fila, columna}] += suma;
     }
     for (const auto& [celda, importe] : parciales) sumas[celda] += importe;

@@ -137,17 +137,32 @@ std::unordered_set<std::string> CuentasConocidas(BaseDatos& db) {
 /// reading the lines.
 std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const FiltroMes& delMes) {
     const auto conocidas = CuentasConocidas(db);
+    PorTexto<bool> conocida;  // each account text of the lines, folded and looked up once
     Sentencia& st = PreparaCon(db,
                                "SELECT d.IdPoliza, d.Cuenta, d.TipoMov, d.Importe FROM Polizas_Detalle_Tmp d "
                                "WHERE d.IdPoliza IN (SELECT IdPoliza FROM Polizas_Tmp WHERE " + delMes.condicion + ")",
                                delMes.valores);
+    using C = Sentencia::Clase;
     std::unordered_map<std::int64_t, Moneda> sumas;
+    std::optional<std::int64_t> idActual;
+    Moneda* sumaActual = nullptr;  // a voucher's lines come together
     while (st.paso()) {
-        const Valor id = st.columna(0), cuenta = st.columna(1);
-        if (id.esNulo() || !cuenta.esTexto() || !conocidas.count(SinMayusculasAscii(cuenta.texto()))) continue;
-        const Valor tipo = st.columna(2);
-        const Moneda importe = st.columna(3).moneda();
-        sumas[id.entero()] += tipo.esTexto() && tipo.texto() == "D" ? importe : -importe;
+        if (st.clase(0) == C::Nulo || st.clase(1) != C::Texto) continue;
+        const std::string_view cuenta = st.texto(1);
+        auto it = conocida.find(cuenta);
+        if (it == conocida.end())
+            it = conocida.emplace(std::string(cuenta), conocidas.count(SinMayusculasAscii(std::string(cuenta))) > 0)
+                     .first;
+        if (!it->second) continue;
+        const std::int64_t id = st.clase(0) == C::Entero ? st.entero(0) : st.columna(0).entero();
+        if (id != idActual) {
+            idActual = id;
+            sumaActual = &sumas[id];
+        }
+        const bool cargo = st.clase(2) == C::Texto && st.texto(2) == "D";
+        const Moneda importe =
+            st.clase(3) == C::Entero ? Moneda::desdeDiezmilesimas(st.entero(3)) : st.columna(3).moneda();
+        *sumaActual += cargo ? importe : -importe;
     }
     st.reinicia();
     std::unordered_map<std::int64_t, Moneda> r;

@@ -194,6 +194,23 @@ Valor Sentencia::columna(int i) const {
     }
 }
 
+Sentencia::Clase Sentencia::clase(int i) const {
+    switch (sqlite3_column_type(st_, i)) {
+        case SQLITE_INTEGER: return Clase::Entero;
+        case SQLITE_FLOAT: return Clase::Real;
+        case SQLITE_TEXT:
+        case SQLITE_BLOB: return Clase::Texto;
+        default: return Clase::Nulo;
+    }
+}
+
+std::int64_t Sentencia::entero(int i) const { return sqlite3_column_int64(st_, i); }
+
+std::string_view Sentencia::texto(int i) const {
+    auto p = reinterpret_cast<const char*>(sqlite3_column_text(st_, i));
+    return p ? std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(st_, i))) : std::string_view();
+}
+
 int Sentencia::indiceColumna(std::string_view nombre) const {
     for (int i = 0; i < columnas(); ++i)
         if (IgualSinMayusculas(nombreColumna(i), nombre)) return i;

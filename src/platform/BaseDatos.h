@@ -92,6 +92,15 @@ public:
     int columnas() const;
     std::string nombreColumna(int i) const;
     Valor columna(int i) const;
+    /// The current row's column read in place, for loops over many rows
+    /// that would otherwise build a Valor for each: its kind, its integer
+    /// (for an integer column), its text (for a text; the view stands until
+    /// the next step or reset). A blob is a text of its bytes, as columna()
+    /// reads it.
+    enum class Clase { Nulo, Entero, Real, Texto };
+    Clase clase(int i) const;
+    std::int64_t entero(int i) const;
+    std::string_view texto(int i) const;
     /// Index of a result column by name (case-insensitive); -1 if absent.
     int indiceColumna(std::string_view nombre) const;
     const std::string& sql() const { return sql_; }

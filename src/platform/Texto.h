@@ -2,8 +2,10 @@
 // Small text helpers shared by the record sources, the layout store and the
 // readers.
 
+#include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace velmorant {
 
@@ -18,6 +20,15 @@ std::string SinCaracteresEspeciales(std::string_view texto);
 /// A key as the stores' text columns compare it (COLLATE NOCASE): ASCII
 /// letters in lower case, every other byte as it is.
 std::string SinMayusculasAscii(std::string texto);
+
+/// A map keyed by text that is also searched by a std::string_view without
+/// building a std::string: for a look-up on every row read.
+struct HashTexto {
+    using is_transparent = void;
+    size_t operator()(std::string_view t) const noexcept { return std::hash<std::string_view>()(t); }
+};
+template <class T>
+using PorTexto = std::unordered_map<std::string, T, HashTexto, std::equal_to<>>;
 
 /// Upper case of a UTF-8 text, accented letters included.
 std::string Mayusculas(const std::string& texto);

@@ -146,6 +146,28 @@ TEST(Polizas, ElMes13SeVerificaAparteYSeGuardaConDiciembre) {
     EXPECT_TRUE(e.bandera("Polizas", 2, "Poliza_Mes13"));
 }
 
+// Amounts another writer left as plain reals (the column keeps a fraction
+// so) count as the same money in the balance check and in the posting as
+// the exact integers of this program's writer.
+TEST(Polizas, ImportesQueNoSonEnterosCuadranYSeAplicanIgual) {
+    EmpresaConAlmacenes e;
+    e.polizaTmp({.id = 1, .poliza = "1", .tipo = "Dr", .fecha = {2023, 1, 10}, .cuadrada = false},
+                {{"1101", "D", "100.5"}, {"1102", "H", "60.25"}, {"1102", "H", "40.25"}});
+    e.s.DbEmpresa->ejecuta("UPDATE Polizas_Detalle_Tmp SET Importe = 60.25 WHERE Importe = ?", M("60.25"));
+    e.s.DbEmpresa->ejecuta("UPDATE Polizas_Detalle_Tmp SET Importe = '40.25' WHERE Importe = ?", M("40.25"));
+    EXPECT_EQ(e.s.DbEmpresa->escalar("SELECT count(*) FROM Polizas_Detalle_Tmp WHERE typeof(Importe)='real'").entero(),
+              2);
+    VerificaCuadrePolizas(e.s, "01");
+    EXPECT_TRUE(e.referencias().empty());
+    EXPECT_TRUE(e.bandera("Polizas_Tmp", 1, "Cuadrada"));
+    e.s.UltimoMesNuevo = 1;
+    GuardaPolizas(e.s, "01");
+    VerificaConsistenciaPolizas(e.s, "01");
+    AplicaPolizasABalanza(e.s, "01");
+    EXPECT_EQ(e.celda("Balanzas", "1101", "C01"), M("100.5"));
+    EXPECT_EQ(e.celda("Balanzas", "1102", "A01"), M("100.5"));
+}
+
 TEST(Polizas, GuardaPolizasCopiaElMesYLimpiaLosTextos) {
     EmpresaConAlmacenes e;
     std::string largo;

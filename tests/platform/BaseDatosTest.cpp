@@ -212,3 +212,22 @@ TEST(BaseDatos, LigasDirectasYSentenciasGuardadas) {
     BaseDatos otra;
     EXPECT_NE(otra.generacionPreparadas(), db.generacionPreparadas());
 }
+
+// The reads in place give what columna() gives, for every kind of value.
+TEST(BaseDatos, LecturaEnSitioComoLaDeColumna) {
+    BaseDatos db;
+    Sentencia& st = db.preparada("SELECT 7, 2.5, 'año', x'4142', NULL, -9223372036854775807 - 1");
+    st.reinicia();
+    ASSERT_TRUE(st.paso());
+    using C = Sentencia::Clase;
+    EXPECT_EQ(st.clase(0), C::Entero);
+    EXPECT_EQ(st.entero(0), st.columna(0).entero());
+    EXPECT_EQ(st.clase(1), C::Real);
+    EXPECT_EQ(st.clase(2), C::Texto);
+    EXPECT_EQ(std::string(st.texto(2)), st.columna(2).texto());
+    EXPECT_EQ(st.clase(3), C::Texto);  // a blob, read as its bytes
+    EXPECT_EQ(std::string(st.texto(3)), "AB");
+    EXPECT_EQ(st.clase(4), C::Nulo);
+    EXPECT_EQ(st.entero(5), INT64_MIN);
+    st.reinicia();
+}
