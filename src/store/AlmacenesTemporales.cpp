@@ -171,9 +171,15 @@ bool Adjunta(Sesion& s, const std::string& alias) {
             // taken only as it grows): a year of lines is read back by index
             // several times, and the engine's small default cache would send
             // each of those reads to the file.
-            if (!s.DbEmpresa->enTransaccion())
+            if (!s.DbEmpresa->enTransaccion()) {
                 s.DbEmpresa->ejecutaScript("PRAGMA \"" + alias + "\".synchronous=OFF; PRAGMA \"" + alias +
                                            "\".cache_size=-16384");
+                // The voucher stores keep their undo in memory: a month's
+                // balance marks rewrite every voucher page of the month, and
+                // a crash leaves nothing of them worth keeping.
+                if (alias == kPolizasTmp || alias == kPolizasDetalleTmp)
+                    s.DbEmpresa->ejecutaScript("PRAGMA \"" + alias + "\".journal_mode=MEMORY");
+            }
         } catch (const ErrorBaseDatos&) {
             SeparaSiPuede(s, alias);
             return false;
