@@ -174,18 +174,19 @@ TEST_F(LecturaTexto, PolizasAgrupadasPorNumeroTipoYFechaEntreArchivos) {
     ImportaPolizasTexto(s, Destino(), Archivo("feb.txt",
                                    "Num|Cta|Fecha|Tipo|x|Concepto|Ind|Importe|Ref\n"
                                    "7|1000000|31/01/2024|Dr||Febrero|2|3|\n"
-                                   "7|1000000|01/02/2024|Dr||Otra fecha|1|3|\n"),
+                                   "7|1000000|01/02/2024|Dr||Otra fecha|1|3|\n"
+                                   "7|1000100|31/01/2024|DR||Sin distinguir mayúsculas|1|2|\n"),
                         l);
     EXPECT_EQ(Partidas(), (std::vector<std::string>{
                               "1|7|Dr|2024-01-31|1|100|D|100000", "2|8|Dr|2024-01-31|1|10001|D|50000",
                               "1|7|Dr|2024-01-31|2|10001|H|100000", "1|7|Dr|2024-01-31|3|100|H|30000",
-                              "3|7|Dr|2024-02-01|1|100|D|30000"}));
+                              "3|7|Dr|2024-02-01|1|100|D|30000", "1|7|Dr|2024-01-31|4|10001|D|20000"}));
     EXPECT_EQ(Filas("SELECT Concepto FROM Polizas_Tmp.Polizas_Tmp WHERE IdPoliza = 1"),
               std::vector<std::string>{"Primera"});
     EXPECT_EQ(Filas("SELECT Referencia FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp WHERE Partida = 2"),
               std::vector<std::string>{"r2"});
     EXPECT_EQ(Destino().polizasEscritas(), 3);
-    EXPECT_EQ(Destino().partidasEscritas(), 5);
+    EXPECT_EQ(Destino().partidasEscritas(), 6);
     EXPECT_TRUE(ui.mensajes.empty());
 
     // A date in day, month and year columns; a type longer than ten characters
