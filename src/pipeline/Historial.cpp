@@ -10,6 +10,7 @@
 #include <cctype>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <memory>
 
 #ifndef _WIN32
@@ -286,17 +287,24 @@ std::vector<TotalMesHistorial> TotalesPorMes(BaseDatos& db) {
     std::unordered_map<std::int64_t, Lineas> porPoliza;
     Sentencia& lineas = db.preparada("SELECT IdPoliza, TipoMov, Importe FROM Polizas_Detalle_Tmp");
     lineas.reinicia();
+    using C = Sentencia::Clase;
+    std::optional<std::int64_t> idActual;
+    Lineas* actual = nullptr;  // a voucher's lines mostly come together
     while (lineas.paso()) {
-        const Valor id = lineas.columna(0), tipo = lineas.columna(1), importe = lineas.columna(2);
-        if (!importe.esNulo() && !importe.esEntero()) {
+        const C importe = lineas.clase(2);
+        if (importe != C::Nulo && importe != C::Entero) {
             lineas.reinicia();
             return TotalesPorMesEnSql(db);
         }
-        if (id.esNulo()) continue;
-        Lineas& l = porPoliza[id.entero()];
-        ++l.partidas;
-        const bool cargo = tipo.esTexto() && (tipo.texto() == "D" || tipo.texto() == "d");
-        (cargo ? l.cargos : l.abonos) += importe.moneda();
+        if (lineas.clase(0) == C::Nulo) continue;
+        const std::int64_t id = lineas.clase(0) == C::Entero ? lineas.entero(0) : lineas.columna(0).entero();
+        if (id != idActual) {
+            idActual = id;
+            actual = &porPoliza[id];
+        }
+        ++actual->partidas;
+        const bool cargo = lineas.clase(1) == C::Texto && (lineas.texto(1) == "D" || lineas.texto(1) == "d");
+        if (importe == C::Entero) (cargo ? actual->cargos : actual->abonos) += Moneda::desdeDiezmilesimas(lineas.entero(2));
     }
     lineas.reinicia();
     std::map<int, TotalMesHistorial> meses;
@@ -304,13 +312,12 @@ std::vector<TotalMesHistorial> TotalesPorMes(BaseDatos& db) {
         "SELECT IdPoliza, CASE WHEN Poliza_Mes13 <> 0 THEN 13 ELSE COALESCE(Month(Fecha), 0) END FROM Polizas_Tmp");
     polizas.reinicia();
     while (polizas.paso()) {
-        const int mes = static_cast<int>(polizas.columna(1).entero());
+        const int mes = static_cast<int>(polizas.entero(1));
         TotalMesHistorial& m = meses[mes];
         m.mes = mes;
         ++m.polizas;
-        const Valor id = polizas.columna(0);
-        if (id.esNulo()) continue;
-        auto l = porPoliza.find(id.entero());
+        if (polizas.clase(0) == C::Nulo) continue;
+        auto l = porPoliza.find(polizas.clase(0) == C::Entero ? polizas.entero(0) : polizas.columna(0).entero());
         if (l == porPoliza.end()) continue;
         m.partidas += l->second.partidas;
         m.cargos += l->second.cargos;
