@@ -1,6 +1,8 @@
 #include "pipeline/Respaldo.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <QDateTime>
 #include <QSysInfo>
@@ -8,7 +10,10 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
+#include <cerrno>
 #include <filesystem>
+#include <system_error>
+#include <vector>
 
 #include "pipeline/Historial.h"
 #include "pipeline/MesesPolizas.h"
@@ -52,6 +57,69 @@ void CopiaEnLinea(BaseDatos& origen, BaseDatos& destino) {
     }
     sqlite3_backup_finish(b);
     if (rc != SQLITE_DONE) throw ErrorBaseDatos(rc, sqlite3_errstr(rc), "backup");
+}
+
+// The bytes of `origen` into the new file `destino`, copied by the system,
+// with the system's own error when one stops it (a full disk reads as one).
+void CopiaBytes(const fs::path& origen, const fs::path& destino) {
+    auto falla = [&](int error) {
+        throw fs::filesystem_error("No se pudo copiar el archivo", origen, destino,
+                                   std::error_code(error, std::generic_category()));
+    };
+    const int de = ::open(origen.c_str(), O_RDONLY | O_CLOEXEC);
+    if (de < 0) falla(errno);
+    const int a = ::open(destino.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (a < 0) {
+        const int error = errno;
+        ::close(de);
+        falla(error);
+    }
+    int error = 0;
+    ssize_t n;
+    while ((n = ::copy_file_range(de, nullptr, a, nullptr, std::size_t{1} << 30, 0)) > 0) {
+    }
+    if (n < 0) error = errno;
+    // A system or file system without the call: by hand, from where it stopped.
+    if (error == ENOSYS || error == EXDEV || error == EINVAL || error == EOPNOTSUPP) {
+        error = 0;
+        std::vector<char> bloque(1 << 20);
+        while (!error && (n = ::read(de, bloque.data(), bloque.size())) != 0) {
+            if (n < 0) {
+                if (errno != EINTR) error = errno;
+                continue;
+            }
+            for (ssize_t hecho = 0; !error && hecho < n;) {
+                const ssize_t w = ::write(a, bloque.data() + hecho, static_cast<size_t>(n - hecho));
+                if (w >= 0) hecho += w;
+                else if (errno != EINTR) error = errno;
+            }
+        }
+    }
+    if (::close(a) != 0 && !error) error = errno;
+    ::close(de);
+    if (error) falla(error);
+}
+
+// The company's file copied as it stands, under a read lock that keeps every
+// writer out while the bytes go across: the system copies them, where the
+// online backup reads and writes each page through the engine. Only for a
+// file in a rollback-journal mode, whose file alone holds the database (the
+// first read has rolled back any journal a killed writer left). False,
+// copying nothing, when that does not apply; the caller then backs up online.
+bool CopiaArchivoBloqueado(BaseDatos& origen, const fs::path& destino) {
+    if (origen.enTransaccion()) return false;
+    const std::string modo = origen.escalar("PRAGMA main.journal_mode").texto();
+    if (modo != "delete" && modo != "truncate" && modo != "persist") return false;
+    origen.ejecutaScript("BEGIN");
+    try {
+        origen.escalar("SELECT count(*) FROM main.sqlite_schema");
+        CopiaBytes(origen.ruta(), destino);
+    } catch (...) {
+        origen.ejecutaScript("ROLLBACK");
+        throw;
+    }
+    origen.ejecutaScript("COMMIT");
+    return true;
 }
 
 // The company's row as a run leaves it to be restored.
@@ -183,8 +251,10 @@ void RespaldaEmpresa(Sesion& s, const std::string& destino) {
     fs::remove(parcial, ec);
     try {
         {
-            BaseDatos copia(parcial, BaseDatos::Modo::Crear);
-            CopiaEnLinea(empresa, copia);
+            const bool copiado = CopiaArchivoBloqueado(empresa, parcial);
+            BaseDatos copia(parcial, copiado ? BaseDatos::Modo::Existente : BaseDatos::Modo::Crear);
+            if (!copiado) CopiaEnLinea(empresa, copia);
+            // Its commit also makes the copied bytes durable.
             GuardaFilaEmpresa(s, copia);
         }
         fs::rename(parcial, destino);

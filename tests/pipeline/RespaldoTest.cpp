@@ -50,6 +50,31 @@ TEST_F(Respaldo, CadaConfirmacionGuardaLaEmpresaDeAntesYSeConservanCinco) {
     EXPECT_FALSE(fs::exists(RutaRespaldo(s, 7) + ".parcial"));
 }
 
+// The copy is the company's file, copied under a read lock, or, for a file
+// whose journal is not a rollback journal, the engine's online backup:
+// either way the same rows.
+TEST_F(Respaldo, LaCopiaDelArchivoYLaCopiaEnLineaGuardanLoMismo) {
+    ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
+    const std::string archivo = RutaRespaldo(s, 90), enLinea = RutaRespaldo(s, 91);
+    RespaldaEmpresa(s, archivo);
+    s.DbEmpresa->ejecutaScript("PRAGMA journal_mode=WAL");
+    s.DbEmpresa->ejecuta("UPDATE Polizas SET Concepto = 'cambio en el diario' WHERE rowid = 1");
+    RespaldaEmpresa(s, enLinea);
+    s.DbEmpresa->ejecutaScript("PRAGMA journal_mode=DELETE");
+    EXPECT_EQ(BaseDatos(enLinea, BaseDatos::Modo::SoloLectura)
+                  .escalar("SELECT Concepto FROM Polizas WHERE rowid = 1")
+                  .texto(),
+              "cambio en el diario");
+    for (const std::string& ruta : {archivo, enLinea}) {
+        SCOPED_TRACE(ruta);
+        BaseDatos copia(ruta, BaseDatos::Modo::SoloLectura);
+        EXPECT_EQ(copia.escalar("PRAGMA integrity_check").texto(), "ok");
+        for (const char* sql : {"SELECT COUNT(*) FROM Polizas", "SELECT SUM(Importe) FROM Polizas_Detalle"})
+            EXPECT_EQ(copia.escalar(sql).entero(), s.DbEmpresa->escalar(sql).entero()) << sql;
+        EXPECT_EQ(copia.escalar("SELECT IdSistema FROM Respaldo_Empresas").entero(), 82);
+    }
+}
+
 TEST_F(Respaldo, SiLaCopiaNoSePuedeHacerNoSeConfirmaNada) {
     ASSERT_EQ(importa(), ResultadoImportacion::Terminada);
     usaMes(2, 3);
