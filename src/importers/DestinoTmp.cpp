@@ -23,9 +23,7 @@ std::string Corta(const std::string& t, size_t largo) { return largo == 0 ? t : 
 // QuitaCaracteresEspeciales of `t`: `t` itself when it has none of them,
 // else the text made in `apoyo`.
 const std::string& SinEspeciales(const std::string& t, std::string& apoyo) {
-    bool alguno = false;
-    for (char c : t) alguno = alguno || c == '\'' || c == '|' || c == '~';
-    if (!alguno) return t;
+    if (!TieneCaracteresEspeciales(t)) return t;
     apoyo = QuitaCaracteresEspeciales(t);
     return apoyo;
 }

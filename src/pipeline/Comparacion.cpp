@@ -19,6 +19,7 @@
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Inconsistencias.h"
 #include "pipeline/MesPorIndice.h"
+#include "platform/Texto.h"
 #include "session/Funciones.h"
 
 namespace velmorant {
@@ -399,7 +400,7 @@ bool CamposIguales(const Linea& vieja, const Linea& nueva) {
     if (Vista(vieja.TipoMov, a) != Vista(nueva.TipoMov, b)) return false;
     if (vieja.Importe.moneda() != nueva.Importe.moneda()) return false;
     std::string_view referencia = Vista(nueva.Referencia, b);
-    if (referencia.find_first_of("'|~") != std::string_view::npos) {
+    if (TieneCaracteresEspeciales(referencia)) {
         b = QuitaBlancos(QuitaCaracteresEspeciales(std::string(referencia)));
         referencia = b;
     } else {

@@ -69,7 +69,7 @@ void FuncionQuitaCaracteresEspeciales(sqlite3_context* ctx, int, sqlite3_value**
     }
     auto texto = reinterpret_cast<const char*>(sqlite3_value_text(argv[0]));
     const std::string_view vista(texto ? texto : "", static_cast<size_t>(sqlite3_value_bytes(argv[0])));
-    if (vista.find_first_of("'|~") == std::string_view::npos) {
+    if (!TieneCaracteresEspeciales(vista)) {
         sqlite3_result_text(ctx, vista.data(), static_cast<int>(vista.size()), SQLITE_TRANSIENT);
         return;
     }

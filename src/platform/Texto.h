@@ -16,6 +16,13 @@ std::string RecortaEspacios(std::string_view texto);
 /// The text without apostrophes, vertical bars and tildes, the characters the
 /// audit product's stores do not take in a text (QuitaCaracteresEspeciales).
 std::string SinCaracteresEspeciales(std::string_view texto);
+/// True when SinCaracteresEspeciales would change the text: one pass over
+/// it (find_first_of searches the three characters at every byte).
+inline bool TieneCaracteresEspeciales(std::string_view texto) {
+    for (char c : texto)
+        if (c == '\'' || c == '|' || c == '~') return true;
+    return false;
+}
 
 /// A key as the stores' text columns compare it (COLLATE NOCASE): ASCII
 /// letters in lower case, every other byte as it is.
