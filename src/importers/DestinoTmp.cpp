@@ -136,7 +136,8 @@ long DestinoTmp::escribePoliza(const PolizaLeida& p) {
         .ligaEntero(7, p.Mes13 ? -1 : 0)
         .ligaEntero(8, p.Ajuste ? -1 : 0);
     st.ejecutaYOlvida();
-    polizas_[id] = PolizaEscrita{p.Poliza, p.Tipo, p.Fecha, 0};
+    polizas_.pon(id, PolizaEscrita{p.Poliza, p.Tipo, p.Fecha, 0});
+    ultimaEscrita_ = nullptr;  // the vector may have moved
     return id;
 }
 
@@ -172,24 +173,21 @@ long DestinoTmp::poliza(const PolizaLeida& p) {
     clave += tipo;
     for (size_t i = inicio; i < clave.size(); ++i)
         if (clave[i] >= 'A' && clave[i] <= 'Z') clave[i] = static_cast<char>(clave[i] - 'A' + 'a');
+    // One look-up finds the voucher or makes its place; a place whose
+    // voucher could not be written stays without one.
+    const size_t n = porIdentidad_.agrega(clave);
+    if (n == idDeIdentidad_.size()) idDeIdentidad_.push_back(kSinPoliza);
     long id;
     if (buscable) {
-        // One look-up finds the voucher or makes its place.
-        auto [it, nueva] = porIdentidad_.try_emplace(clave, 0);
-        if (!nueva) {
-            ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, it->second};
-            return it->second;
+        if (idDeIdentidad_[n] != kSinPoliza) {
+            ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, idDeIdentidad_[n]};
+            return idDeIdentidad_[n];
         }
-        try {
-            id = escribePoliza(p);
-        } catch (...) {
-            porIdentidad_.erase(it);
-            throw;
-        }
-        it->second = id;
+        id = idDeIdentidad_[n] = escribePoliza(p);
     } else {
+        // Found by a later search only while the key has no voucher yet.
         id = escribePoliza(p);
-        porIdentidad_.emplace(clave, id);
+        if (idDeIdentidad_[n] == kSinPoliza) idDeIdentidad_[n] = id;
     }
     if (buscable) ultima_ = UltimaPoliza{p.Poliza, p.Tipo, p.Fecha, p.Mes13, id};
     else ultima_.reset();
@@ -198,17 +196,36 @@ long DestinoTmp::poliza(const PolizaLeida& p) {
 
 long DestinoTmp::nuevaPoliza(const PolizaLeida& p) { return escribePoliza(p); }
 
+DestinoTmp::PolizaEscrita* DestinoTmp::PolizasEscritas::busca(long id) {
+    const auto desplazamiento = static_cast<unsigned long>(id) - static_cast<unsigned long>(primera_);
+    if (id >= primera_ && desplazamiento < seguidas_.size()) return &seguidas_[desplazamiento];
+    auto it = sueltas_.find(id);
+    return it == sueltas_.end() ? nullptr : &it->second;
+}
+
+void DestinoTmp::PolizasEscritas::pon(long id, PolizaEscrita p) {
+    if (seguidas_.empty() && sueltas_.empty()) primera_ = id;
+    const auto desplazamiento = static_cast<unsigned long>(id) - static_cast<unsigned long>(primera_);
+    if (PolizaEscrita* ya = busca(id)) {
+        *ya = std::move(p);
+    } else if (id >= primera_ && desplazamiento == seguidas_.size()) {
+        seguidas_.push_back(std::move(p));
+    } else {
+        sueltas_.emplace(id, std::move(p));
+    }
+}
+
 void DestinoTmp::agregaPartida(long idPoliza, const PartidaLeida& l) {
     if (l.Cuenta.empty()) return;
     // A voucher's lines mostly come one after another: the last one found
-    // is asked first (the map's entries stay where they are).
-    if (!ultimaEscrita_ || ultimaEscrita_->first != idPoliza) {
-        auto it = polizas_.find(idPoliza);
-        if (it == polizas_.end())
+    // is asked first.
+    if (!ultimaEscrita_ || idUltimaEscrita_ != idPoliza) {
+        ultimaEscrita_ = polizas_.busca(idPoliza);
+        if (!ultimaEscrita_)
             throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
-        ultimaEscrita_ = &*it;
+        idUltimaEscrita_ = idPoliza;
     }
-    PolizaEscrita& p = ultimaEscrita_->second;
+    PolizaEscrita& p = *ultimaEscrita_;
     // The texts bound stand in `l` and here until the row is written.
     const std::string& referencia = SinEspeciales(l.Referencia, apoyo2_);
     Sentencia& st = guardada(insertaPartida_, Almacen(s_.DbPolizasDetalleTmp, kPolizasDetalleTmp), kInsertaPartida);
@@ -260,7 +277,7 @@ void DestinoTmp::registraCuentaInexistente(const PolizaEscrita& p, const Partida
 }
 
 std::string DestinoTmp::anexaConcepto(long idPoliza, const std::string& agregado) {
-    if (polizas_.find(idPoliza) == polizas_.end())
+    if (!polizas_.busca(idPoliza))
         throw std::logic_error("La póliza " + std::to_string(idPoliza) + " no es de esta lectura");
     BaseDatos& db = Almacen(s_.DbPolizasTmp, kPolizasTmp);
     std::string concepto = db.escalar("SELECT Concepto FROM Polizas_Tmp.Polizas_Tmp WHERE IdPoliza = ?", idPoliza).texto();

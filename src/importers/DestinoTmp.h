@@ -15,6 +15,7 @@
 // for accounts and balances, the two voucher stores and the log for vouchers;
 // a closed store throws std::logic_error. Engine errors propagate.
 
+#include <climits>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -24,6 +25,7 @@
 #include <vector>
 
 #include "platform/Fecha.h"
+#include "platform/IndiceDeTextos.h"
 #include "platform/Moneda.h"
 #include "session/Sesion.h"
 
@@ -191,9 +193,28 @@ private:
 
     Sesion& s_;
     ReglasDestino reglas_;
-    std::unordered_map<long, PolizaEscrita> polizas_;
-    std::pair<const long, PolizaEscrita>* ultimaEscrita_ = nullptr;  // the entry agregaPartida last used
-    std::unordered_map<std::string, long> porIdentidad_;
+    // The vouchers written, by IdPoliza. A run's ids mostly follow one
+    // another: those go in a vector, any other in a map.
+    class PolizasEscritas {
+    public:
+        PolizaEscrita* busca(long id);
+        void pon(long id, PolizaEscrita p);
+        size_t size() const { return seguidas_.size() + sueltas_.size(); }
+
+    private:
+        long primera_ = 0;  // the id of seguidas_[0]
+        std::vector<PolizaEscrita> seguidas_;
+        std::unordered_map<long, PolizaEscrita> sueltas_;
+    };
+    PolizasEscritas polizas_;
+    // The voucher agregaPartida last used, until the next one is written.
+    long idUltimaEscrita_ = 0;
+    PolizaEscrita* ultimaEscrita_ = nullptr;
+    // The vouchers by identity: the key's number in the index, its IdPoliza
+    // in the vector (kSinPoliza while it has none).
+    static constexpr long kSinPoliza = LONG_MIN;
+    IndiceDeTextos porIdentidad_;
+    std::vector<long> idDeIdentidad_;
     // The voucher poliza() last found or wrote by its identity, as the
     // reader gave it: a source gives a voucher's lines one after another,
     // and the next line that names it the same way needs no key built.

@@ -19,6 +19,7 @@
 #include "accounts/CodigosCuenta.h"
 #include "pipeline/Inconsistencias.h"
 #include "pipeline/MesPorIndice.h"
+#include "platform/IndiceDeTextos.h"
 #include "platform/Texto.h"
 #include "session/Funciones.h"
 
@@ -634,51 +635,6 @@ void ClaveHash(std::string& clave, std::string_view poliza, std::string_view tip
     clave += fecha;
 }
 
-/// The walk's keys, each once, numbered in order of arrival: one flat table
-/// of their hashes, open addressed.
-class TablaDeClaves {
-public:
-    explicit TablaDeClaves(size_t n) {
-        size_t celdas = 16;
-        while (celdas < 2 * n) celdas *= 2;
-        celdas_.assign(celdas, kVacia);
-        claves_.reserve(n);
-        hashes_.reserve(n);
-    }
-    size_t size() const { return claves_.size(); }
-
-    /// The number of `clave`, given it if it is new.
-    size_t agrega(const std::string& clave) {
-        const size_t h = std::hash<std::string_view>{}(clave);
-        size_t i = celda(clave, h);
-        if (celdas_[i] == kVacia) {
-            celdas_[i] = static_cast<std::uint32_t>(claves_.size());
-            claves_.push_back(clave);
-            hashes_.push_back(h);
-        }
-        return celdas_[i];
-    }
-    /// The number of `clave`; npos when it is not in the table.
-    size_t busca(std::string_view clave) const {
-        const size_t i = celda(clave, std::hash<std::string_view>{}(clave));
-        return celdas_[i] == kVacia ? std::string::npos : celdas_[i];
-    }
-
-private:
-    static constexpr std::uint32_t kVacia = UINT32_MAX;
-    std::vector<std::uint32_t> celdas_;
-    std::vector<std::string> claves_;
-    std::vector<size_t> hashes_;
-    /// The cell of `clave`, or the empty one where it would go.
-    size_t celda(std::string_view clave, size_t h) const {
-        const size_t mascara = celdas_.size() - 1;
-        for (size_t i = h & mascara;; i = (i + 1) & mascara) {
-            const std::uint32_t n = celdas_[i];
-            if (n == kVacia || (hashes_[n] == h && claves_[n] == clave)) return i;
-        }
-    }
-};
-
 /// A JSON array of texts, for json_each.
 std::string ListaJsonTextos(const std::set<std::string>& textos) {
     std::string r = "[";
@@ -716,7 +672,7 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
     if (r.pares.empty()) return r;
     // The walk's keys, each once: `casilla[i]` is the number of the i-th
     // voucher's key, where the first candidate found for it goes.
-    TablaDeClaves casillas(r.pares.size());
+    IndiceDeTextos casillas(r.pares.size());
     std::vector<size_t> casilla;
     casilla.reserve(r.pares.size());
     std::unordered_map<std::string, std::string> fechaClave;  // the date texts repeat
@@ -753,7 +709,7 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
         auto texto = [](const Valor& v) -> std::string_view { return std::get<std::string>(v.variante()); };
         ClaveHash(clave, texto(poliza), texto(tipo), texto(fecha));
         const size_t c = casillas.busca(clave);
-        if (c == std::string::npos) continue;
+        if (c == IndiceDeTextos::npos) continue;
         const std::int64_t fila = st.columna(0).entero();
         if (hay[c] && ganadora[c] <= fila) continue;
         hay[c] = true;

@@ -377,3 +377,31 @@ TEST_F(LecturaTexto, PolizaQueNoSePudoEscribirNoQuedaComoEscrita) {
                     ", Partida, Referencia FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp ORDER BY rowid"),
               (std::vector<std::string>{"1|1|r1", "0|1|r1", "1|2|r1"}));
 }
+
+// Ids from a counter of the importer's own need not follow one another: each
+// voucher still keeps its own line numbers and is found again by identity.
+TEST_F(LecturaTexto, PolizasConIdsQueNoSeSiguenConservanSusPartidas) {
+    long contador = 40;
+    ReglasDestino reglas = ReglasTextoDelimitado();
+    reglas.contadorIdPoliza = &contador;
+    DestinoTmp d(s, reglas);
+    auto cabeza = [](const char* numero) {
+        PolizaLeida p;
+        p.Poliza = numero, p.Tipo = "Dr", p.Fecha = Fecha(2024, 1, 5);
+        return p;
+    };
+    PartidaLeida linea;
+    linea.Cuenta = "1000000", linea.TipoMov = "D", linea.Importe = Moneda::desdeEntero(1);
+    const long a = d.poliza(cabeza("1"));
+    contador = 10;
+    const long b = d.poliza(cabeza("2"));
+    contador = 90;
+    const long c = d.nuevaPoliza(cabeza("3"));
+    EXPECT_EQ(std::vector<long>({a, b, c}), std::vector<long>({41, 11, 91}));
+    for (long id : {a, b, c, b, a}) d.agregaPartida(id, linea);
+    EXPECT_EQ(Filas("SELECT IdPoliza || ':' || Partida FROM Polizas_Detalle_Tmp.Polizas_Detalle_Tmp ORDER BY rowid"),
+              (std::vector<std::string>{"41:1", "11:1", "91:1", "11:2", "41:2"}));
+    EXPECT_EQ(d.polizasEscritas(), 3);
+    EXPECT_EQ(d.poliza(cabeza("2")), 11);
+    EXPECT_THROW(d.agregaPartida(12, linea), std::logic_error);
+}
