@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <climits>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -121,24 +122,31 @@ std::pair<std::string, Moneda> Asiento(const Consulta& poliza, const Consulta& l
 /// and Tipo of the last voucher by IdPoliza, the one a walk ends on.
 bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::string& condicion,
                     const std::vector<Valor>& valores, int mes, Sumas& sumas, std::string& ultima) {
-    std::unordered_map<std::int64_t, int> clases;
+    // The month's vouchers with their kind, sorted by IdPoliza for a search
+    // by halves: each voucher's lines then find its kind in a few steps.
+    std::vector<std::pair<std::int64_t, int>> clases;
     Sentencia& polizas = PreparaCon(db, "SELECT IdPoliza, CASE WHEN IFNULL(Poliza_Mes13,0) <> 0 THEN 1 WHEN "
-                                      "IFNULL(Poliza_Ajuste,0) <> 0 THEN 2 ELSE 0 END, rowid, Poliza, Tipo "
+                                      "IFNULL(Poliza_Ajuste,0) <> 0 THEN 2 ELSE 0 END, rowid "
                                       "FROM Polizas WHERE " + condicion, valores);
     bool exactas = true;
-    std::pair<std::int64_t, std::int64_t> mayor{0, 0};
+    std::optional<std::pair<std::int64_t, std::int64_t>> mayor;  // IdPoliza and rowid of the last voucher
     while (exactas && polizas.paso()) {
-        const Valor id = polizas.columna(0);
-        if (id.esNulo()) continue;
-        exactas = id.esEntero() && clases.emplace(id.entero(), static_cast<int>(polizas.columna(1).entero())).second;
-        const std::pair<std::int64_t, std::int64_t> orden{id.entero(), polizas.columna(2).entero()};
-        if (exactas && (ultima.empty() || orden > mayor)) {
-            mayor = orden;
-            ultima = SiNuloTexto(polizas.columna(3)) + " de " + SiNuloTexto(polizas.columna(4));
-        }
+        if (polizas.clase(0) == Sentencia::Clase::Nulo) continue;
+        exactas = polizas.clase(0) == Sentencia::Clase::Entero;
+        if (!exactas) break;
+        const std::int64_t id = polizas.entero(0);
+        clases.emplace_back(id, static_cast<int>(polizas.entero(1)));
+        const std::pair<std::int64_t, std::int64_t> orden{id, polizas.entero(2)};
+        if (!mayor || orden > *mayor) mayor = orden;
     }
     polizas.reinicia();
+    std::sort(clases.begin(), clases.end());
+    for (size_t i = 1; exactas && i < clases.size(); ++i) exactas = clases[i - 1].first != clases[i].first;
     if (!exactas) return false;
+    if (mayor) {
+        Consulta fila = db.consulta("SELECT Poliza, Tipo FROM Polizas WHERE rowid = ?", mayor->second);
+        ultima = SiNuloTexto(fila.campo(0)) + " de " + SiNuloTexto(fila.campo(1));
+    }
     // The month's lines summed by account, kind of voucher and side. Each
     // account text gets a number once; a voucher's lines, which come
     // together, find its kind once.
@@ -158,8 +166,8 @@ bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::strin
         if (!exactas) break;
         const std::int64_t id = lineas.entero(0);
         if (id != idActual) {
-            auto clase = clases.find(id);
-            exactas = clase != clases.end();
+            auto clase = std::lower_bound(clases.begin(), clases.end(), std::make_pair(id, INT_MIN));
+            exactas = clase != clases.end() && clase->first == id;
             if (!exactas) break;
             idActual = id;
             claseActual = clase->second;

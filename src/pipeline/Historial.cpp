@@ -278,8 +278,10 @@ std::vector<TotalMesHistorial> TotalesPorMesEnSql(BaseDatos& db) {
 /// The same totals from one scan of each store: the lines summed by voucher
 /// in memory, then the vouchers by month. A line is a debit when its TipoMov
 /// is "D" in either case, as the store's column compares it. A seek per line
-/// from its voucher cost ten times the two scans.
-std::vector<TotalMesHistorial> TotalesPorMes(BaseDatos& db) {
+/// from its voucher cost ten times the two scans. The rows of each store are
+/// counted on the way.
+std::vector<TotalMesHistorial> TotalesPorMes(BaseDatos& db, std::int64_t& polizasLeidas,
+                                             std::int64_t& partidasLeidas) {
     struct Lineas {
         std::int64_t partidas = 0;
         Moneda cargos, abonos;
@@ -294,8 +296,11 @@ std::vector<TotalMesHistorial> TotalesPorMes(BaseDatos& db) {
         const C importe = lineas.clase(2);
         if (importe != C::Nulo && importe != C::Entero) {
             lineas.reinicia();
+            polizasLeidas = db.escalar("SELECT COUNT(*) FROM Polizas_Tmp").entero();
+            partidasLeidas = db.escalar("SELECT COUNT(*) FROM Polizas_Detalle_Tmp").entero();
             return TotalesPorMesEnSql(db);
         }
+        ++partidasLeidas;
         if (lineas.clase(0) == C::Nulo) continue;
         const std::int64_t id = lineas.clase(0) == C::Entero ? lineas.entero(0) : lineas.columna(0).entero();
         if (id != idActual) {
@@ -312,6 +317,7 @@ std::vector<TotalMesHistorial> TotalesPorMes(BaseDatos& db) {
         "SELECT IdPoliza, CASE WHEN Poliza_Mes13 <> 0 THEN 13 ELSE COALESCE(Month(Fecha), 0) END FROM Polizas_Tmp");
     polizas.reinicia();
     while (polizas.paso()) {
+        ++polizasLeidas;
         const int mes = static_cast<int>(polizas.entero(1));
         TotalMesHistorial& m = meses[mes];
         m.mes = mes;
@@ -342,9 +348,10 @@ void HistorialCorrida::cuentaAlmacenes() {
         if (operacion_ == kOperacionSaldosAnioAnterior) leido_.saldosAnioAnterior = leido_.cuentas;
     }
     if (Adjunto(db, kPolizasTmp) && Adjunto(db, kPolizasDetalleTmp)) {
-        leido_.polizas = db.escalar("SELECT COUNT(*) FROM Polizas_Tmp").entero();
-        leido_.partidas = db.escalar("SELECT COUNT(*) FROM Polizas_Detalle_Tmp").entero();
-        leido_.totales = TotalesPorMes(db);
+        std::int64_t polizas = 0, partidas = 0;
+        leido_.totales = TotalesPorMes(db, polizas, partidas);
+        leido_.polizas = polizas;
+        leido_.partidas = partidas;
     }
 }
 

@@ -96,19 +96,26 @@ std::vector<PolizaConAviso> PolizasConAviso(BaseDatos& db, const FiltroMes& delM
                                "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, Poliza_Deshabilitada FROM Polizas_Tmp "
                                "WHERE " + delMes.condicion,
                                delMes.valores);
+    // Only the logged vouchers are read into values; of the others, the
+    // last one's row is read again at the end.
     std::vector<PolizaConAviso> r;
+    std::optional<std::pair<std::int64_t, std::int64_t>> mayor;  // IdPoliza and rowid of the last one
     leidas = true;
     while (leidas && st.paso()) {
-        const Valor id = st.columna(1);
-        leidas = id.esEntero();
+        leidas = st.clase(1) == Sentencia::Clase::Entero;
         if (!leidas) break;
-        PolizaConAviso p{st.columna(0).entero(), id.entero(), st.columna(2), st.columna(3), st.columna(4),
-                         st.columna(5).booleano()};
-        if (!ultima || std::make_pair(p.id, p.fila) > std::make_pair(ultima->id, ultima->fila)) ultima = p;
-        if (p.cancelada || diferencias.count(p.id)) r.push_back(std::move(p));
+        const std::int64_t fila = st.entero(0), id = st.entero(1);
+        if (!mayor || std::make_pair(id, fila) > *mayor) mayor = {id, fila};
+        const bool cancelada = st.clase(5) != Sentencia::Clase::Nulo && st.columna(5).booleano();
+        if (cancelada || diferencias.count(id))
+            r.push_back({fila, id, st.columna(2), st.columna(3), st.columna(4), cancelada});
     }
     st.reinicia();
     if (!leidas) return {};
+    if (mayor) {
+        Consulta fila = db.consulta("SELECT Poliza, Tipo, Fecha FROM Polizas_Tmp WHERE rowid = ?", mayor->second);
+        ultima = PolizaConAviso{mayor->second, mayor->first, fila.campo(0), fila.campo(1), fila.campo(2), false};
+    }
     std::stable_sort(r.begin(), r.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
     return r;
 }
