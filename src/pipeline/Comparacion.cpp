@@ -620,11 +620,14 @@ bool ClaveEnMemoria(BaseDatos& db, const std::string& otra) {
 /// part's length so that the whole stays unambiguous.
 void AgregaSinMayusculas(std::string& clave, std::string_view t) {
     const std::string_view parte = t.substr(0, t.find('\0'));
-    clave += std::to_string(t.size());
-    clave += ':';
-    clave += std::to_string(parte.size());
-    clave += ':';
-    for (char c : parte) clave += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+    // The two lengths as their raw bytes: fixed width, so the key stays
+    // unambiguous without writing them out as numbers.
+    for (const auto largo : {static_cast<std::uint32_t>(t.size()), static_cast<std::uint32_t>(parte.size())})
+        clave.append(reinterpret_cast<const char*>(&largo), sizeof largo);
+    const size_t desde = clave.size();
+    clave += parte;
+    for (size_t i = desde; i < clave.size(); ++i)
+        if (clave[i] >= 'A' && clave[i] <= 'Z') clave[i] = static_cast<char>(clave[i] - 'A' + 'a');
 }
 
 /// The key of a voucher, written into `clave`.
@@ -689,8 +692,11 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
             fecha = FechaClave(f);
         }
         fechas.insert(fecha);
-        ClaveHash(clave, QuitaCaracteresEspeciales(SiNuloTexto(par.propia.Poliza)), SiNuloTexto(par.propia.Tipo),
-                  fecha);
+        const std::string poliza = SiNuloTexto(par.propia.Poliza);
+        const bool especiales = TieneCaracteresEspeciales(poliza);
+        const std::string limpia = especiales ? QuitaCaracteresEspeciales(poliza) : std::string();
+        ClaveHash(clave, especiales ? std::string_view(limpia) : std::string_view(poliza),
+                  SiNuloTexto(par.propia.Tipo), fecha);
         casilla.push_back(casillas.agrega(clave));
     }
     // The candidates on those dates; the one of lowest rowid of each key wins.
@@ -704,17 +710,17 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
                                  " WHERE Fecha IN (SELECT value FROM json_each(?)) AND NOT IFNULL(Poliza_Mes13,0) "
                                  "AND typeof(Poliza)='text' AND typeof(Tipo)='text' AND typeof(Fecha)='text'");
     st.con(ListaJsonTextos(fechas));
+    // The three key columns are texts (the query says so): read in place;
+    // a candidate becomes values only while it is the best of its key.
     while (st.paso()) {
-        const Valor poliza = st.columna(2), tipo = st.columna(3), fecha = st.columna(4);
-        auto texto = [](const Valor& v) -> std::string_view { return std::get<std::string>(v.variante()); };
-        ClaveHash(clave, texto(poliza), texto(tipo), texto(fecha));
+        ClaveHash(clave, st.texto(2), st.texto(3), st.texto(4));
         const size_t c = casillas.busca(clave);
         if (c == IndiceDeTextos::npos) continue;
-        const std::int64_t fila = st.columna(0).entero();
+        const std::int64_t fila = st.entero(0);
         if (hay[c] && ganadora[c] <= fila) continue;
         hay[c] = true;
         ganadora[c] = fila;
-        mejores[c] = {fila, st.columna(1), poliza, tipo, fecha, st.columna(5)};
+        mejores[c] = {fila, st.columna(1), st.columna(2), st.columna(3), st.columna(4), st.columna(5)};
     }
     st.reinicia();
     std::vector<const Encabezado*> pareja(casillas.size(), nullptr);
