@@ -11,6 +11,7 @@
 #include <deque>
 #include <optional>
 #include <set>
+#include <span>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_map>
@@ -227,20 +228,28 @@ public:
     LineasDePares(const LineasDePares&) = delete;
     LineasDePares& operator=(const LineasDePares&) = delete;
 
-    const std::vector<Linea>& de(size_t k) {
+    /// The lines stand until the next call.
+    std::span<const Linea> de(size_t k) {
         const std::int64_t buscada = porRango_ ? ids_[k].entero() : static_cast<std::int64_t>(k);
         // Two vouchers of the walk may share an IdPoliza: both get its lines.
-        if (leida_ && buscada == ultima_) return lineas_;
+        if (leida_ && buscada == ultima_) return leidas();
         leida_ = true;
         ultima_ = buscada;
-        lineas_.clear();
+        usadas_ = 0;
         while (hay_ && clave_ < buscada) avanza();
+        // Each voucher's lines are read into the room the ones before left.
         while (hay_ && clave_ == buscada) {
-            lineas_.push_back({st_->columna(1), st_->columna(2), st_->columna(3), st_->columna(4), st_->columna(5)});
+            if (usadas_ == lineas_.size()) lineas_.emplace_back();
+            Linea& l = lineas_[usadas_++];
+            st_->columnaEn(1, l.Cuenta);
+            st_->columnaEn(2, l.TipoMov);
+            st_->columnaEn(3, l.Importe);
+            st_->columnaEn(4, l.Referencia);
+            st_->columnaEn(5, l.Partida);
             avanza();
         }
         if (porRango_) OrdenaPorPartida(buscada);
-        return lineas_;
+        return leidas();
     }
 
 private:
@@ -251,6 +260,8 @@ private:
     bool porRango_ = false, hay_ = false, leida_ = false;
     std::int64_t clave_ = 0, ultima_ = 0;
     std::vector<Linea> lineas_;
+    size_t usadas_ = 0;  // the lines of lineas_ that are the voucher's
+    std::span<const Linea> leidas() const { return {lineas_.data(), usadas_}; }
     /// To the next row that can belong to a voucher asked for (in the range,
     /// a fractional IdPoliza equals no voucher's).
     void avanza() {
@@ -269,13 +280,14 @@ private:
             if (a.Partida.esNulo() || b.Partida.esNulo()) return a.Partida.esNulo() && !b.Partida.esNulo();
             return a.Partida.entero() < b.Partida.entero();
         };
-        for (auto& l : lineas_)
-            if (!l.Partida.esNulo() && !l.Partida.esEntero()) {
+        const auto fin = lineas_.begin() + static_cast<std::ptrdiff_t>(usadas_);
+        for (auto l = lineas_.begin(); l != fin; ++l)
+            if (!l->Partida.esNulo() && !l->Partida.esEntero()) {
                 lineas_ = LeeLineas(db_, tmp_ ? kLineasTmp : kLineasEmpresa, Valor(static_cast<long long>(idPoliza)));
+                usadas_ = lineas_.size();
                 return;
             }
-        if (!std::is_sorted(lineas_.begin(), lineas_.end(), antes))
-            std::stable_sort(lineas_.begin(), lineas_.end(), antes);
+        if (!std::is_sorted(lineas_.begin(), fin, antes)) std::stable_sort(lineas_.begin(), fin, antes);
     }
 };
 
@@ -357,7 +369,7 @@ private:
 
 // ---------------------------------------------------- Lines of a paired voucher
 
-const Linea* BuscaPorPosicion(const std::vector<Linea>& lineas, const Valor& partida) {
+const Linea* BuscaPorPosicion(std::span<const Linea> lineas, const Valor& partida) {
     if (partida.esNulo()) return nullptr;
     for (auto& l : lineas)
         if (!l.Partida.esNulo() && l.Partida.entero() == partida.entero()) return &l;
@@ -365,7 +377,7 @@ const Linea* BuscaPorPosicion(const std::vector<Linea>& lineas, const Valor& par
 }
 
 /// A line that only moved: same account, kind, amount and cleaned reference.
-bool ExistePorContenido(const std::vector<Linea>& lineas, const Linea& vieja) {
+bool ExistePorContenido(std::span<const Linea> lineas, const Linea& vieja) {
     std::string cuenta = SiNuloTexto(vieja.Cuenta), tipoMov = SiNuloTexto(vieja.TipoMov);
     std::string referencia = QuitaCaracteresEspeciales(SiNuloTexto(vieja.Referencia));
     Moneda importe = vieja.Importe.moneda();
@@ -441,8 +453,8 @@ void ComparaCampos(Sesion& s, const Encabezado& anterior, Cabecera& cabecera, co
 }
 
 /// Old lines against new ones: by `Partida` first, by content second.
-void ComparaLineas(Sesion& s, const Encabezado& anterior, const std::vector<Linea>& viejas,
-                   const std::vector<Linea>& nuevas, Cabecera& cabecera) {
+void ComparaLineas(Sesion& s, const Encabezado& anterior, std::span<const Linea> viejas,
+                   std::span<const Linea> nuevas, Cabecera& cabecera) {
     for (auto& vieja : viejas) {
         if (const Linea* porPosicion = BuscaPorPosicion(nuevas, vieja.Partida))
             ComparaCampos(s, anterior, cabecera, vieja, *porPosicion);
@@ -814,7 +826,7 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
                 continue;
             }
             ComparaEncabezado(s, anterior, *pares[i].pareja, cabecera);
-            const std::vector<Linea>& viejas = lineasViejas.de(k);
+            const std::span<const Linea> viejas = lineasViejas.de(k);
             if (!viejas.empty()) ComparaLineas(s, anterior, viejas, lineasNuevas.de(k), cabecera);
             ++k;
         }

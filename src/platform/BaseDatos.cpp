@@ -211,6 +211,11 @@ std::string_view Sentencia::texto(int i) const {
     return p ? std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(st_, i))) : std::string_view();
 }
 
+void Sentencia::columnaEn(int i, Valor& v) const {
+    if (clase(i) == Clase::Texto) v.asignaTexto(texto(i));
+    else v = columna(i);
+}
+
 int Sentencia::indiceColumna(std::string_view nombre) const {
     for (int i = 0; i < columnas(); ++i)
         if (IgualSinMayusculas(nombreColumna(i), nombre)) return i;

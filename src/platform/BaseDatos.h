@@ -101,6 +101,8 @@ public:
     Clase clase(int i) const;
     std::int64_t entero(int i) const;
     std::string_view texto(int i) const;
+    /// columna(i) into `v`, a text in the room `v` already has.
+    void columnaEn(int i, Valor& v) const;
     /// Index of a result column by name (case-insensitive); -1 if absent.
     int indiceColumna(std::string_view nombre) const;
     const std::string& sql() const { return sql_; }

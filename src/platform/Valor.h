@@ -54,6 +54,13 @@ public:
     /// The date of an ISO text; nothing for Null or anything else.
     std::optional<Fecha> fecha() const;
 
+    /// Makes the value the text `t`, in the room of the text it holds, if
+    /// any: for values refilled row after row.
+    void asignaTexto(std::string_view t) {
+        if (auto p = std::get_if<std::string>(&v_)) p->assign(t);
+        else v_ = std::string(t);
+    }
+
     bool operator==(const Valor& o) const { return v_ == o.v_; }
 
     using Variante = std::variant<std::monostate, std::int64_t, double, std::string>;
