@@ -77,6 +77,8 @@ constexpr const char* kLineasTmpDe =
 
 constexpr const char* kMarcaRevisadas =
     "UPDATE Polizas_Tmp SET Revisado=-1 WHERE rowid IN (SELECT value FROM json_each(?))";
+constexpr const char* kMarcaRevisadasEntre =
+    "UPDATE Polizas_Tmp SET Revisado=-1 WHERE rowid BETWEEN ? AND ? AND rowid NOT IN (SELECT value FROM json_each(?))";
 
 /// A voucher header as the comparison needs it; `fila` is its rowid.
 struct Encabezado {
@@ -650,6 +652,27 @@ void ClaveHash(std::string& clave, std::string_view poliza, std::string_view tip
     clave += fecha;
 }
 
+/// Marks the new vouchers of these rows as paired. They are most of a
+/// month's rows, which mostly lie together: when they fill most of the span
+/// from the first to the last, the span is marked in one pass, save the rows
+/// of it left out; else each row is sought.
+void MarcaRevisadas(BaseDatos& db, std::vector<std::int64_t> filas) {
+    std::sort(filas.begin(), filas.end());
+    filas.erase(std::unique(filas.begin(), filas.end()), filas.end());
+    if (filas.empty() || filas.front() < 0 ||
+        static_cast<std::uint64_t>(filas.back() - filas.front()) >= 2 * filas.size()) {
+        db.preparada(kMarcaRevisadas).con(ListaJson(filas)).ejecuta();
+        return;
+    }
+    std::vector<std::int64_t> fuera;
+    size_t j = 0;
+    for (std::int64_t fila = filas.front(); fila <= filas.back(); ++fila) {
+        if (filas[j] == fila) ++j;
+        else fuera.push_back(fila);
+    }
+    db.preparada(kMarcaRevisadasEntre).con(filas.front(), filas.back(), ListaJson(fuera)).ejecuta();
+}
+
 /// A JSON array of texts, for json_each.
 std::string ListaJsonTextos(const std::set<std::string>& textos) {
     std::string r = "[";
@@ -831,7 +854,7 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
             ++k;
         }
     }
-    db.preparada(kMarcaRevisadas).con(ListaJson(parejas)).ejecuta();
+    MarcaRevisadas(db, parejas);
     t.confirma();
 }
 
