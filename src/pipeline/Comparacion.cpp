@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <set>
 #include <span>
@@ -227,6 +228,9 @@ public:
         avanza();
     }
     ~LineasDePares() { st_->reinicia(); }
+    /// True when the lines are found by IdPoliza (the vouchers' ids are
+    /// integers in order): a voucher's lines are then all with its id.
+    bool porRango() const { return porRango_; }
     LineasDePares(const LineasDePares&) = delete;
     LineasDePares& operator=(const LineasDePares&) = delete;
 
@@ -696,17 +700,46 @@ std::string ListaJsonTextos(const std::set<std::string>& textos) {
     return r + "]";
 }
 
+// ------------------------------------------- The pairing read backwards
+//
+// A month's pairing of the company's vouchers with the new ones can be read
+// backwards, sparing the comparison of new lines a pairing of its own, when
+// every key is the voucher's own text on both sides (number, type and date
+// are texts, the number has no character the key cleans, the date is ISO
+// as it stands), no two vouchers of the walk share a key and no key has two
+// candidates. A new voucher then pairs back with the company's voucher that
+// paired with it, and with none when none did: a company voucher on its date
+// with its key would have been in the walk and found it.
+
+/// 1 when number, type and date are texts (a blob reads as a text in a
+/// value, yet the candidates' query takes texts only).
+constexpr const char* kClaveDeTextos = "typeof(Poliza)='text' AND typeof(Tipo)='text' AND typeof(Fecha)='text'";
+
+/// True when the voucher's key is its own number, type and date.
+bool ClaveSinCambios(const Encabezado& e) {
+    const auto* fecha = std::get_if<std::string>(&e.Fecha.variante());
+    return e.Poliza.esTexto() && e.Tipo.esTexto() && fecha && !TieneCaracteresEspeciales(e.Poliza.texto()) &&
+           FechaClave(e.Fecha) == *fecha;
+}
+
 /// The same pairs as ParesPorBusqueda for months 1 to 12, through the hash.
+/// `simetrica`, when given, tells whether the pairing may be read backwards.
 Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::string& otra,
-                           const FiltroMes& cuales, bool conConcepto) {
+                           const FiltroMes& cuales, bool conConcepto, bool* simetrica) {
     const std::string concepto = conConcepto ? "Concepto" : "NULL";
     Emparejadas r;
+    bool textos = true;
     Sentencia& recorrido = PreparaCon(db,
-                                      "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, " + concepto + " FROM " + tabla +
-                                          " WHERE " + cuales.condicion + " ORDER BY IdPoliza ASC, rowid",
+                                      "SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, " + concepto + ", " +
+                                          kClaveDeTextos + " FROM " + tabla + " WHERE " + cuales.condicion +
+                                          " ORDER BY IdPoliza ASC, rowid",
                                       cuales.valores);
-    while (recorrido.paso()) r.pares.push_back({LeeEncabezado(recorrido), nullptr});
+    while (recorrido.paso()) {
+        r.pares.push_back({LeeEncabezado(recorrido), nullptr});
+        if (simetrica) textos = textos && recorrido.entero(6) != 0 && ClaveSinCambios(r.pares.back().propia);
+    }
     recorrido.reinicia();
+    if (simetrica) *simetrica = textos;
     if (r.pares.empty()) return r;
     // The walk's keys, each once: `casilla[i]` is the number of the i-th
     // voucher's key, where the first candidate found for it goes.
@@ -734,6 +767,8 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
                   SiNuloTexto(par.propia.Tipo), fecha);
         casilla.push_back(casillas.agrega(clave));
     }
+    // Two vouchers of the walk on one key.
+    if (simetrica && casillas.size() != r.pares.size()) *simetrica = false;
     // The candidates on those dates; the one of lowest rowid of each key wins.
     // The run's store is made without an index on the date: FiltroDeMesTmp
     // adds it.
@@ -752,6 +787,7 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
         const size_t c = casillas.busca(clave);
         if (c == IndiceDeTextos::npos) continue;
         const std::int64_t fila = st.entero(0);
+        if (hay[c] && simetrica) *simetrica = false;  // two candidates for one key
         if (hay[c] && ganadora[c] <= fila) continue;
         hay[c] = true;
         ganadora[c] = fila;
@@ -769,8 +805,9 @@ Emparejadas ParesEnMemoria(BaseDatos& db, const std::string& tabla, const std::s
 /// then table order), each with its partner by key in `otra`. Without
 /// `conConcepto` the concepts may be left Null.
 Emparejadas ParesDelMes(BaseDatos& db, const std::string& tabla, const std::string& otra, bool mes13,
-                        const FiltroMes& cuales, bool conConcepto) {
-    if (!mes13 && ClaveEnMemoria(db, otra)) return ParesEnMemoria(db, tabla, otra, cuales, conConcepto);
+                        const FiltroMes& cuales, bool conConcepto, bool* simetrica = nullptr) {
+    if (simetrica) *simetrica = false;
+    if (!mes13 && ClaveEnMemoria(db, otra)) return ParesEnMemoria(db, tabla, otra, cuales, conConcepto, simetrica);
     if (otra == "Polizas_Tmp") AseguraIndiceIdentidadTmp(db);
     return ParesPorBusqueda(db, tabla, otra, mes13, cuales);
 }
@@ -815,14 +852,64 @@ private:
 
 }  // namespace
 
+/// The company's partner of each new voucher of a month, and both line
+/// counts, as the month's comparison left them for the comparison of new
+/// lines that follows it.
+struct ParesGuardados {
+    struct Pareja {
+        std::int64_t filaNueva;  // the new voucher's rowid
+        size_t anterior;         // its partner, in emparejadas.pares
+        std::int64_t lineasAnteriores, lineasNuevas;
+    };
+    std::string mes;
+    Emparejadas emparejadas;      // the month's walk of the company's vouchers
+    std::vector<Pareja> parejas;  // by filaNueva
+
+    const Pareja* de(std::int64_t filaNueva) const {
+        auto it = std::lower_bound(parejas.begin(), parejas.end(), filaNueva,
+                                   [](const Pareja& p, std::int64_t fila) { return p.filaNueva < fila; });
+        return it != parejas.end() && it->filaNueva == filaNueva ? &*it : nullptr;
+    }
+    const Encabezado& anterior(const Pareja& p) const { return emparejadas.pares[p.anterior].propia; }
+};
+
+namespace {
+
+/// The new vouchers of the month that `cuales` picks, in the walk's order,
+/// each with its partner read backwards from what the month's comparison
+/// left. Nothing when a voucher's key is not its own text: the pairing then
+/// does not read backwards.
+std::optional<Emparejadas> ParesAlReves(BaseDatos& db, const ParesGuardados& guardados, const FiltroMes& cuales) {
+    Emparejadas r;
+    bool textos = true;
+    Sentencia& recorrido = PreparaCon(db,
+                                      std::string("SELECT rowid, IdPoliza, Poliza, Tipo, Fecha, NULL, ") +
+                                          kClaveDeTextos + " FROM Polizas_Tmp WHERE " + cuales.condicion +
+                                          " ORDER BY IdPoliza ASC, rowid",
+                                      cuales.valores);
+    while (textos && recorrido.paso()) {
+        r.pares.push_back({LeeEncabezado(recorrido), nullptr});
+        textos = recorrido.entero(6) != 0 && ClaveSinCambios(r.pares.back().propia);
+    }
+    recorrido.reinicia();
+    if (!textos) return std::nullopt;
+    for (Par& par : r.pares)
+        if (const ParesGuardados::Pareja* p = guardados.de(par.propia.fila)) par.pareja = &guardados.anterior(*p);
+    return r;
+}
+
+}  // namespace
+
 // ------------------------------------------------------------------ Steps
 
 void ComparaPolizas(Sesion& s, const std::string& mes) {
+    s.ParesDelMes.reset();
     BaseDatos& db = EmpresaAbierta(s);
     const bool mes13 = EsMes13(mes);
     const FiltroMes delMes = CondicionDelMes(db, "Polizas", mes13, NumeroMes(mes));
     if (!HayPolizas(db, "Polizas", delMes)) return;
-    const Emparejadas emparejadas = ParesDelMes(db, "Polizas", "Polizas_Tmp", mes13, delMes, true);
+    bool simetrica = false;
+    Emparejadas emparejadas = ParesDelMes(db, "Polizas", "Polizas_Tmp", mes13, delMes, true, &simetrica);
     const std::deque<Par>& pares = emparejadas.pares;
     // The paired vouchers, in the order of the walk, for the lines and marks.
     std::vector<std::int64_t> viejasConPareja, parejas;
@@ -834,11 +921,19 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
             parejas.push_back(par.pareja->fila);
             idsParejas.push_back(par.pareja->IdPoliza);
         }
+    // Kept for the comparison of new lines when the pairing reads backwards
+    // (the other table's columns must compare as the key assumes too).
+    std::shared_ptr<ParesGuardados> guardados;
+    if (simetrica && ClaveEnMemoria(db, "Polizas")) {
+        guardados = std::make_shared<ParesGuardados>();
+        guardados->mes = mes;
+    }
     Avance avance(s, pares.size(), mes);
     Transaccion t(db);
     {
         LineasDePares lineasViejas(db, false, viejasConPareja, idsViejas);
         LineasDePares lineasNuevas(db, true, parejas, idsParejas);
+        if (!lineasViejas.porRango() || !lineasNuevas.porRango()) guardados.reset();
         size_t k = 0;  // index of the paired voucher among viejasConPareja
         for (size_t i = 0; i < pares.size(); ++i) {
             const Encabezado& anterior = pares[i].propia;
@@ -850,12 +945,24 @@ void ComparaPolizas(Sesion& s, const std::string& mes) {
             }
             ComparaEncabezado(s, anterior, *pares[i].pareja, cabecera);
             const std::span<const Linea> viejas = lineasViejas.de(k);
-            if (!viejas.empty()) ComparaLineas(s, anterior, viejas, lineasNuevas.de(k), cabecera);
+            if (!viejas.empty() || guardados) {
+                const std::span<const Linea> nuevas = lineasNuevas.de(k);
+                if (!viejas.empty()) ComparaLineas(s, anterior, viejas, nuevas, cabecera);
+                if (guardados)
+                    guardados->parejas.push_back({pares[i].pareja->fila, i, static_cast<std::int64_t>(viejas.size()),
+                                                  static_cast<std::int64_t>(nuevas.size())});
+            }
             ++k;
         }
     }
     MarcaRevisadas(db, parejas);
     t.confirma();
+    if (guardados) {
+        std::sort(guardados->parejas.begin(), guardados->parejas.end(),
+                  [](const auto& a, const auto& b) { return a.filaNueva < b.filaNueva; });
+        guardados->emparejadas = std::move(emparejadas);
+        s.ParesDelMes = std::move(guardados);
+    }
 }
 
 void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
@@ -888,12 +995,18 @@ void ComparaPolizasNuevas(Sesion& s, const std::string& mes) {
 }
 
 void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
+    // What the month's comparison left serves this call alone.
+    const std::shared_ptr<const ParesGuardados> guardados = std::move(s.ParesDelMes);
+    s.ParesDelMes.reset();
     BaseDatos& db = EmpresaAbierta(s);
     // With no voucher in the company no new one has a partner.
     if (db.escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo()) return;
     const bool mes13 = EsMes13(mes);
     const FiltroMes delMes = CondicionDelMes(db, "Polizas_Tmp", mes13, NumeroMes(mes));
-    const Emparejadas emparejadas = ParesDelMes(db, "Polizas_Tmp", "Polizas", mes13, delMes, false);
+    std::optional<Emparejadas> alReves;
+    if (guardados && guardados->mes == mes && !mes13) alReves = ParesAlReves(db, *guardados, delMes);
+    const Emparejadas emparejadas =
+        alReves ? std::move(*alReves) : ParesDelMes(db, "Polizas_Tmp", "Polizas", mes13, delMes, false);
     const std::deque<Par>& pares = emparejadas.pares;
     // Only the lines past the old count are looked at (the first n are taken
     // to be the old ones), so a voucher whose count did not grow is done with
@@ -905,7 +1018,17 @@ void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
             anteriores.push_back(par.pareja->IdPoliza);
         }
     if (nuevas.empty()) return;
-    const CuentaLineas lineasNuevas(db, "Polizas_Detalle_Tmp", nuevas), lineasAnteriores(db, "Polizas_Detalle", anteriores);
+    // The line counts: as the month's comparison read them, or counted now.
+    std::optional<CuentaLineas> lineasNuevas, lineasAnteriores;
+    if (!alReves) {
+        lineasNuevas.emplace(db, "Polizas_Detalle_Tmp", nuevas);
+        lineasAnteriores.emplace(db, "Polizas_Detalle", anteriores);
+    }
+    auto crecio = [&](const Encabezado& nueva, const Encabezado& anterior) {
+        if (!alReves) return lineasNuevas->de(nueva.IdPoliza) > lineasAnteriores->de(anterior.IdPoliza);
+        const ParesGuardados::Pareja* p = guardados->de(nueva.fila);
+        return p->lineasNuevas > p->lineasAnteriores;
+    };
     Avance avance(s, pares.size(), mes);
     Transaccion t(db);
     for (size_t i = 0; i < pares.size(); ++i) {
@@ -913,7 +1036,7 @@ void ComparaPartidasNuevas(Sesion& s, const std::string& mes) {
         avance.poliza(i, nueva);
         if (!pares[i].pareja) continue;
         const Encabezado& anterior = *pares[i].pareja;
-        if (lineasNuevas.de(nueva.IdPoliza) <= lineasAnteriores.de(anterior.IdPoliza)) continue;
+        if (!crecio(nueva, anterior)) continue;
         const std::vector<Linea> agregadas = LeeLineas(db, kLineasTmp, nueva.IdPoliza);
         const std::vector<Linea> lineasViejas = LeeLineas(db, kLineasEmpresa, anterior.IdPoliza);
         Cabecera cabecera(s, anterior);

@@ -13,6 +13,8 @@
 
 namespace velmorant {
 
+struct ParesGuardados;  // pipeline/Comparacion.cpp
+
 struct Sesion {
     // Start-up (steps 1 to 11).
     std::string ClaveAplicacion;        // "Brevanta 13"
@@ -61,6 +63,9 @@ struct Sesion {
     BaseDatos* DbCuentasTmp = nullptr;
     std::unique_ptr<BaseDatos> DbConfiguraciones;  // the layout catalogue
     std::string SqlActual;
+    // What a month's comparison of the company's vouchers leaves to the
+    // comparison of the new lines of that month, which follows it.
+    std::shared_ptr<const ParesGuardados> ParesDelMes;
 
     // The front end's two interfaces; never null once start-up has run.
     Interaccion* interaccion = nullptr;

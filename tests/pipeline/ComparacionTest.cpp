@@ -449,3 +449,56 @@ TEST(Comparacion, LaEtiquetaNombraLaPolizaAlcanzadaCadaTantasPolizas) {
     EXPECT_EQ(progreso.cesiones, 2);
     EXPECT_EQ(progreso.ultimo, 257);
 }
+
+// The comparison of new lines reads the month's pairing backwards when it
+// can, and pairs again when it cannot (a number with a character the key
+// cleans, two new vouchers on one key, an old voucher without lines): the
+// log is the same either way.
+TEST(Comparacion, LasPartidasNuevasIgualConElEmparejamientoLeidoAlReves) {
+    const char* F = "2023-03-08";
+    const P crece = {"5", "Dr", F, "Gastos", false, {{1, "6101", "D", "100", "Luz"}, {2, "1102", "H", "100", "Banco"}}};
+    const P vacia = {"6", "Dr", F, "Sin lineas", false, {}};
+    const P igual = {"7", "Ig", F, "Cobro", false, {{1, "1102", "D", "9", "x"}, {2, "4101", "H", "9", "y"}}};
+    const std::vector<P> anteriores = {crece, vacia, igual, {"8", "Dr", F, "Solo antes", false, {}}};
+    std::vector<P> nuevas = {
+        Con(crece, [](P& p) { p.lineas.push_back({3, "6103", "D", "0", "Nueva"}); }),
+        Con(vacia, [](P& p) { p.lineas = {{1, "1101", "D", "1", "a"}, {2, "1102", "H", "1", "b"}}; }), igual,
+        {"9", "Dr", F, "Solo ahora", false, {{1, "1101", "D", "2", "c"}}}};
+    struct Caso {
+        const char* nombre;
+        std::vector<P> nuevas;
+        bool guardada;   // the month's comparison leaves its pairing (the new side is
+                         // looked at again when it is read backwards)
+        long agregadas;  // "Se incluyó una nueva partida." rows
+    } casos[] = {
+        {"se lee al revés", nuevas, true, 3},
+        {"dos nuevas con una clave", [&] { auto v = nuevas; v.push_back(v[0]); return v; }(), false, 4},
+        // "5'" pairs back with the old "5" by its cleaned number, and grew.
+        {"un número con apóstrofo",
+         [&] {
+             auto v = nuevas;
+             v.push_back(Con(v[0], [](P& p) { p.poliza = "5'"; }));
+             return v;
+         }(),
+         true, 4},
+    };
+    for (const Caso& c : casos) {
+        SCOPED_TRACE(c.nombre);
+        std::vector<Fila> bitacoras[2];
+        for (int guarda = 0; guarda < 2; ++guarda) {
+            Empresa e;
+            e.guarda(anteriores, false);
+            e.guarda(c.nuevas, true);
+            ComparaPolizas(e.sesion(), "03");
+            EXPECT_EQ(e.sesion().ParesDelMes != nullptr, c.guardada);
+            ComparaPolizasNuevas(e.sesion(), "03");
+            if (!guarda) e.sesion().ParesDelMes.reset();
+            ComparaPartidasNuevas(e.sesion(), "03");
+            bitacoras[guarda] = e.bitacora();
+        }
+        EXPECT_EQ(bitacoras[0], bitacoras[1]);
+        EXPECT_EQ(std::count_if(bitacoras[1].begin(), bitacoras[1].end(),
+                                [](const Fila& f) { return f.referencia == "Se incluyó una nueva partida."; }),
+                  c.agregadas);
+    }
+}
