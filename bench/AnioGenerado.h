@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 
+#include "EntregaGenerada.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "platform/Ajustes.h"
 #include "session/Inicio.h"
@@ -32,25 +33,10 @@ public:
 };
 
 /// The files of one delivery in `dir`, as the generator names them.
-inline ArchivosImportacion Archivos(const fs::path& dir) {
-    static const char* marcas[] = {"ENE", "FEB", "MZO", "ABR", "MAY", "JUN", "JUL", "AGO", "SEP", "OCT", "NOV", "DIC"};
-    ArchivosImportacion a;
-    a.catalogo = (dir / "catalogo.txt").string();
-    for (int m = 0; m < 12; ++m)
-        a.meses[static_cast<size_t>(m)] = (dir / (std::string("pol_") + marcas[m] + ".txt")).string();
-    return a;
-}
+inline ArchivosImportacion Archivos(const fs::path& dir) { return demo::ArchivosDeEntrega(dir); }
 
 /// Link 82 on the generator's columns.
-inline ImportadorTextoDelimitado ImportadorDelAnio() {
-    LecturaDelimitada l;
-    l.separador = "|";
-    auto& c = l.config;
-    c.PIniCuenta = 1, c.PIniDescripcion = 2, c.PIniNaturaleza = 3, c.PIniNivel = 4, c.PIniSdoIni = 6;
-    c.PIniNumPol = 1, c.PIniTipo = 2, c.PIniDia = 3, c.PIniMes = 4, c.PIniAnio = 5, c.PIniCtaPol = 6;
-    c.PIniRef = 7, c.PIniConcept = 8, c.PIniCargo = 9, c.PIniAbono = 10;
-    return ImportadorTextoDelimitado(l, false);
-}
+inline ImportadorTextoDelimitado ImportadorDelAnio() { return ImportadorTextoDelimitado(demo::LecturaDeEntrega(), false); }
 
 inline void AbreSesion(Sesion& s, Interaccion& ui, const fs::path& base) {
     s.interaccion = &ui;

@@ -33,6 +33,7 @@
 
 #include "platform/Fecha.h"
 #include "platform/Moneda.h"
+#include "EntregaGenerada.h"
 #include "TrabajoRevision.h"
 
 namespace {
@@ -170,11 +171,9 @@ public:
         escribeCatalogo(dir / "catalogo.txt");
         if (xml) escribeCatalogoXml(dir / "catalogo.xml");
         long lineas = 0;
-        static const char* marcas[] = {"ENE", "FEB", "MZO", "ABR", "MAY", "JUN",
-                                       "JUL", "AGO", "SEP", "OCT", "NOV", "DIC"};
         for (int mes = 1; mes <= 12; ++mes) {
             std::vector<Poliza> polizas = polizasDelMes(mes);
-            lineas += escribeMes(dir / (std::string("pol_") + marcas[mes - 1] + ".txt"), polizas);
+            lineas += escribeMes(velmorant::demo::ArchivoDelMes(dir, mes), polizas);
             if (!xml) continue;
             escribePolizasXml(dir / ("polizas_" + DosDigitos(mes) + ".xml"), mes, polizas);
             acumula(mes, polizas);

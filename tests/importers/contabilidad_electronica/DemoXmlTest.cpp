@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "EntregaGenerada.h"
 #include "importers/contabilidad_electronica/ImportadorContabilidadElectronica.h"
 #include "importers/texto_delimitado/ImportadorTextoDelimitado.h"
 #include "pipeline/Importacion.h"
@@ -52,17 +53,8 @@ TEST_F(DemoXml, ElClienteDeLaDemoPorXmlYPorTextoDaLaMismaBalanza) {
 
     Sesion texto;
     Empresa(texto, "base-texto");
-    LecturaDelimitada l;
-    l.separador = "|";
-    auto& c = l.config;
-    c.PIniCuenta = 1, c.PIniDescripcion = 2, c.PIniNaturaleza = 3, c.PIniNivel = 4, c.PIniSdoIni = 6;
-    c.PIniNumPol = 1, c.PIniTipo = 2, c.PIniDia = 3, c.PIniMes = 4, c.PIniAnio = 5, c.PIniCtaPol = 6;
-    c.PIniRef = 7, c.PIniConcept = 8, c.PIniCargo = 9, c.PIniAbono = 10;
-    ImportadorTextoDelimitado porTexto(l, false);
-    ArchivosImportacion deTexto;
-    deTexto.catalogo = archivos + "catalogo.txt";
-    const char* marcas[] = {"ENE", "FEB", "MZO", "ABR", "MAY", "JUN", "JUL", "AGO", "SEP", "OCT", "NOV", "DIC"};
-    for (size_t m = 0; m < 12; ++m) deTexto.meses[m] = archivos + "pol_" + marcas[m] + ".txt";
+    ImportadorTextoDelimitado porTexto(demo::LecturaDeEntrega(), false);
+    const ArchivosImportacion deTexto = demo::ArchivosDeEntrega(archivos);
     ui.decisiones = {DecisionInconsistencias::Continuar};
     ASSERT_EQ(EjecutaImportacion(texto, porTexto, deTexto), ResultadoImportacion::Terminada);
 
