@@ -185,9 +185,7 @@ bool SumaPorCuentas(DestinosEnBalanza& destinos, BaseDatos& db, const std::strin
             cuentas.emplace_back(cuenta);
         }
         const bool cargo = lineas.clase(2) == C::Texto && lineas.texto(2) == "D";
-        const Moneda importe = lineas.clase(3) == C::Entero ? Moneda::desdeDiezmilesimas(lineas.entero(3))
-                                                             : lineas.columna(3).moneda();
-        grupos[(numero->second * 3 + claseActual) * 2 + (cargo ? 1 : 0)] += importe;
+        grupos[(numero->second * 3 + claseActual) * 2 + (cargo ? 1 : 0)] += lineas.moneda(3);
     }
     lineas.reinicia();
     if (!exactas) return false;

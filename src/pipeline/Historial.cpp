@@ -309,7 +309,7 @@ std::vector<TotalMesHistorial> TotalesPorMes(BaseDatos& db, std::int64_t& poliza
         }
         ++actual->partidas;
         const bool cargo = lineas.clase(1) == C::Texto && (lineas.texto(1) == "D" || lineas.texto(1) == "d");
-        if (importe == C::Entero) (cargo ? actual->cargos : actual->abonos) += Moneda::desdeDiezmilesimas(lineas.entero(2));
+        (cargo ? actual->cargos : actual->abonos) += lineas.moneda(2);
     }
     lineas.reinicia();
     std::map<int, TotalMesHistorial> meses;

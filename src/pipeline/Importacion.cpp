@@ -523,13 +523,6 @@ ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador
     return historial.registra([&] { return Corrida(s, importador, opciones, &historial).saldosAnioAnterior(ruta); });
 }
 
-bool MesYaImportado(Sesion& s, const std::string& mes) {
-    BaseDatos& db = *s.DbEmpresa;
-    if (db.escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo()) return true;
-    const int n = std::stoi(mes);
-    return n >= 1 && n <= 12 && MesesConFilas(db, "Polizas").test(static_cast<size_t>(n));
-}
-
 bool ExisteInformacionActual(Sesion& s) { return !s.DbEmpresa->escalar("SELECT 1 FROM Polizas LIMIT 1").esNulo(); }
 
 // The new vouchers must reach the company's last month and share a month

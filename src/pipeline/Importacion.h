@@ -45,8 +45,6 @@ ResultadoImportacion EjecutaSaldosAnioAnterior(Sesion& s, Importador& importador
 /// The period of the new vouchers reaches the last imported month and
 /// overlaps what is imported.
 bool ValidaPeriodo(Sesion& s);
-/// True when `Polizas` has the month (two-digit text) or has no rows.
-bool MesYaImportado(Sesion& s, const std::string& mes);
 bool ExisteInformacionActual(Sesion& s);
 /// Records `mes` as a review month of the company (inside the run's
 /// transaction, on the attached company table).

@@ -167,8 +167,7 @@ std::unordered_map<std::int64_t, Moneda> DiferenciasDelMes(BaseDatos& db, const 
             sumaActual = &sumas[id];
         }
         const bool cargo = st.clase(2) == C::Texto && st.texto(2) == "D";
-        const Moneda importe =
-            st.clase(3) == C::Entero ? Moneda::desdeDiezmilesimas(st.entero(3)) : st.columna(3).moneda();
+        const Moneda importe = st.moneda(3);
         *sumaActual += cargo ? importe : -importe;
     }
     st.reinicia();

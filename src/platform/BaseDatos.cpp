@@ -211,6 +211,10 @@ std::string_view Sentencia::texto(int i) const {
     return p ? std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(st_, i))) : std::string_view();
 }
 
+Moneda Sentencia::moneda(int i) const {
+    return clase(i) == Clase::Entero ? Moneda::desdeDiezmilesimas(entero(i)) : columna(i).moneda();
+}
+
 void Sentencia::columnaEn(int i, Valor& v) const {
     if (clase(i) == Clase::Texto) v.asignaTexto(texto(i));
     else v = columna(i);

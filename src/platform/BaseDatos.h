@@ -101,6 +101,8 @@ public:
     Clase clase(int i) const;
     std::int64_t entero(int i) const;
     std::string_view texto(int i) const;
+    /// columna(i).moneda(), without building a value for an integer.
+    Moneda moneda(int i) const;
     /// columna(i) into `v`, a text in the room `v` already has.
     void columnaEn(int i, Valor& v) const;
     /// Index of a result column by name (case-insensitive); -1 if absent.

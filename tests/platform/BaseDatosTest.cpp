@@ -229,6 +229,7 @@ TEST(BaseDatos, LecturaEnSitioComoLaDeColumna) {
     EXPECT_EQ(std::string(st.texto(3)), "AB");
     EXPECT_EQ(st.clase(4), C::Nulo);
     EXPECT_EQ(st.entero(5), INT64_MIN);
+    for (int i : {0, 1, 4}) EXPECT_EQ(st.moneda(i), st.columna(i).moneda()) << i;
     // Refilled in place, a value ends as columna() gives it, whatever it held.
     Valor v(std::string("un texto más largo que el nuevo"));
     for (int i : {2, 0, 3, 4, 1, 2}) {
